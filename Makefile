@@ -1,0 +1,57 @@
+# Entry points. Every target installs missing Debian packages first.
+#   make test           build and run all tests (starts a private MariaDB server)
+#   make demo           build and run the demo against a private server
+#   make bench          build and run the benchmarks
+#   make test-sanitize  the tests under AddressSanitizer and UndefinedBehaviorSanitizer
+#   make fuzz           build and run the fuzz targets for a bounded time
+#   make format         clang-format every source file
+
+JOBS ?= 2
+GEN := -G Ninja
+BUILD := build
+SAN_BUILD := build-sanitize
+FUZZ_BUILD := build-fuzz
+FUZZ_SECONDS ?= 60
+
+.PHONY: deps configure build test test-sanitize demo bench fuzz format clean
+
+deps:
+	@./scripts/install-deps.sh
+
+configure: deps
+	@cmake -S . -B $(BUILD) $(GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+
+build: configure
+	@cmake --build $(BUILD) -j $(JOBS)
+
+test: build
+	cd $(BUILD) && ctest --output-on-failure
+
+test-sanitize: deps
+	@cmake -S . -B $(SAN_BUILD) $(GEN) -DCMAKE_BUILD_TYPE=Debug -DORVMYSQL_SANITIZE=ON -DORVMYSQL_BENCH=OFF >/dev/null
+	@cmake --build $(SAN_BUILD) -j $(JOBS)
+	cd $(SAN_BUILD) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 ctest --output-on-failure
+
+demo: build
+	./$(BUILD)/orvmysql-demo
+
+bench: deps
+	@cmake -S . -B $(BUILD) $(GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+	@cmake --build $(BUILD) -j $(JOBS) --target orvmysql_bench
+	./$(BUILD)/orvmysql_bench --benchmark_counters_tabular=true
+
+fuzz: deps
+	@CXX=clang++ cmake -S . -B $(FUZZ_BUILD) $(GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORVMYSQL_FUZZ=ON -DORVMYSQL_TESTS=OFF -DORVMYSQL_BENCH=OFF >/dev/null
+	@cmake --build $(FUZZ_BUILD) -j $(JOBS)
+	@set -e; for f in $(FUZZ_BUILD)/fuzz_*; do \
+	  [ -x "$$f" ] || continue; \
+	  echo "== $$f ($(FUZZ_SECONDS) s)"; \
+	  mkdir -p $(FUZZ_BUILD)/corpus/$$(basename $$f); \
+	  "$$f" -max_total_time=$(FUZZ_SECONDS) -rss_limit_mb=2048 $(FUZZ_BUILD)/corpus/$$(basename $$f) fuzz/seeds/$$(basename $$f); \
+	done
+
+format:
+	@git ls-files -co --exclude-standard '*.cpp' '*.h' '*.in' | grep -v '\.in$$' | xargs -r clang-format -i
+
+clean:
+	rm -rf $(BUILD) $(SAN_BUILD) $(FUZZ_BUILD)

@@ -1,0 +1,41 @@
+#pragma once
+
+// Plumbing shared by every provider: the connection given by IDataSource::Init
+// and statement helpers that record the calling line for the error trail.
+
+#include <memory>
+#include <source_location>
+#include <string>
+
+#include "access/ErrorHandling.h"
+#include "orvmysql/DataHandler.h"
+
+namespace orvmysql {
+
+class DataSourceBase : public virtual IDataSource {
+ public:
+  // IDataSource
+  void Init(std::shared_ptr<IConnection> connection) override;
+
+ protected:
+  // The connection; raises error 91 when Init was never called.
+  IConnection& Conn() const;
+
+  std::shared_ptr<IListIterator> Rows(
+      const std::string& sql, const std::source_location& where = std::source_location::current());
+  int32_t NonQuery(const std::string& sql,
+                   const std::source_location& where = std::source_location::current());
+  std::string Scalar(const std::string& sql, const std::string& default_value,
+                     const std::source_location& where = std::source_location::current());
+  std::string NextID(int32_t entity_type_code,
+                     const std::source_location& where = std::source_location::current());
+  bool RowExists(const std::string& table, const std::string& condition,
+                 const std::source_location& where = std::source_location::current());
+  void StartSession(const std::source_location& where = std::source_location::current());
+  void EndSession(const std::source_location& where = std::source_location::current());
+
+ private:
+  std::shared_ptr<IConnection> connection_;
+};
+
+}  // namespace orvmysql

@@ -1,0 +1,38 @@
+#pragma once
+
+// SQL literal formatting and key allocation shared by every provider.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "orvmysql/Connection.h"
+#include "orvmysql/Variant.h"
+
+namespace orvmysql {
+
+// A new GUID as 32 upper-case hexadecimal digits, without separators.
+std::string GetGUID();
+
+// Text escaped for a quoted SQL literal (the caller adds the apostrophes):
+// a text of blanks only gives "", NULs are removed, ' becomes '' and \ becomes
+// \\. With limit255 the text is cut to 255 characters (UTF-8 characters, never
+// bytes) without splitting an escape pair, so the literal always stays closed.
+std::string GetQuotedString(std::string_view text, bool limit255);
+
+// " 'yyyy-mm-dd' " (blanks included) or "NULL" for an Empty or Null value.
+std::string ConvertDateIntoSQLFormat(const Variant& date);
+// "'1899-12-30 hh:mm:ss'" or "NULL" for an Empty or Null value.
+std::string ConvertTimeIntoSQLFormat(const Variant& time);
+// " 'yyyy-mm-dd hh:mm:ss' " (blanks included) or "NULL" for an Empty or Null value.
+std::string ConvertDateTimeIntoSQLFormat(const Variant& date_time);
+// "1" or "0".
+std::string ConvertBooleanIntoSQLFormat(bool value);
+// The text with \ [ ] % _ escaped by a backslash, for a LIKE pattern.
+std::string EscapeLikeString(std::string_view text);
+
+// A new key for the entity type code from tblKeyGen, as decimal text. Raises
+// 8196 when the code has no row or six attempts lose against other writers.
+std::string GetNextID(IConnection& connection, int32_t entity_type_code);
+
+}  // namespace orvmysql

@@ -1,0 +1,37 @@
+#pragma once
+
+// Formatting of field-array values into SQL literals, shared by every provider.
+// Numbers are converted to numbers before they are written (a text that is not
+// a number raises 13), and texts reach SQL only through GetQuotedString, so no
+// value can change the shape of a statement.
+
+#include <cstddef>
+#include <string>
+
+#include "orvmysql/Variant.h"
+
+namespace orvmysql::sql {
+
+// Position i of a field array; raises error 9 when the array is too short.
+const Variant& At(const FieldArray& fields, std::size_t i);
+// Raises error 9 unless the array has at least n positions, so that a short
+// array fails before any statement runs.
+void RequireSize(const FieldArray& fields, std::size_t n);
+
+// Decimal text of the value as a 32-bit integer.
+std::string Long(const Variant& v);
+// Plain decimal text of the value as a double, always with a decimal point
+// ("2.5", "1e+300"); a value that is not finite raises 6.
+std::string Double(const Variant& v);
+// "'" + GetQuotedString(text, limit255) + "'". Null raises 94.
+std::string Text(const Variant& v, bool limit255 = true);
+// As Text, or the bare NULL when the value is Null or its text is empty.
+std::string TextOrNull(const Variant& v, bool limit255 = true);
+// Date literals (NULL for an Empty or Null value).
+std::string DateTime(const Variant& v);
+std::string DateOnly(const Variant& v);
+std::string Time(const Variant& v);
+// "1" or "0".
+std::string Boolean(const Variant& v);
+
+}  // namespace orvmysql::sql

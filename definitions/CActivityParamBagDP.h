@@ -1,0 +1,9 @@
+#pragma once
+
+#include "access/DataSourceBase.h"
+
+namespace orvmysql {
+
+class CActivityParamBagDP : public DataSourceBase {};
+
+}  // namespace orvmysql

@@ -1,0 +1,9 @@
+#pragma once
+
+#include "access/DataSourceBase.h"
+
+namespace orvmysql {
+
+class CActivityPropertyBagDP : public DataSourceBase {};
+
+}  // namespace orvmysql

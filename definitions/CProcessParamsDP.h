@@ -1,0 +1,9 @@
+#pragma once
+
+#include "access/DataSourceBase.h"
+
+namespace orvmysql {
+
+class CProcessParamsDP : public DataSourceBase {};
+
+}  // namespace orvmysql

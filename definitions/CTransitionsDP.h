@@ -1,0 +1,9 @@
+#pragma once
+
+#include "access/DataSourceBase.h"
+
+namespace orvmysql {
+
+class CTransitionsDP : public DataSourceBase {};
+
+}  // namespace orvmysql

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "orvmysql/List.h"
+#include "orvmysql/Object.h"
+#include "orvmysql/Variant.h"
+
+namespace orvmysql {
+
+// The engine's connector object: the database settings handed to
+// IOrvDataHandler::Init. An empty port means 3306. A server that is an absolute
+// path names the server's unix socket instead of a host.
+class ORVMYSQL_EXPORT IDPConnector : public virtual IObject {
+ public:
+  virtual std::string Server() const = 0;
+  virtual std::string Database() const = 0;
+  virtual std::string User() const = 0;
+  virtual std::string Password() const = 0;
+  virtual std::string Port() const = 0;
+};
+
+// A plain connector holding the five settings ("orvmysql.CDPConnector").
+class ORVMYSQL_EXPORT CDPConnector : public IDPConnector {
+ public:
+  CDPConnector() = default;
+  CDPConnector(std::string server, std::string database, std::string user, std::string password,
+               std::string port = {});
+
+  std::string Server() const override { return server_; }
+  std::string Database() const override { return database_; }
+  std::string User() const override { return user_; }
+  std::string Password() const override { return password_; }
+  std::string Port() const override { return port_; }
+
+  void SetServer(std::string v) { server_ = std::move(v); }
+  void SetDatabase(std::string v) { database_ = std::move(v); }
+  void SetUser(std::string v) { user_ = std::move(v); }
+  void SetPassword(std::string v) { password_ = std::move(v); }
+  void SetPort(std::string v) { port_ = std::move(v); }
+
+ private:
+  std::string server_, database_, user_, password_, port_;
+};
+
+// The session's connection, the only path to the database. Sessions nest: the
+// first StartSession opens the database connection and the matching last
+// EndSession closes it; a statement outside any session opens and closes a
+// connection of its own. Every statement commits by itself.
+class ORVMYSQL_EXPORT IConnection : public virtual IObject {
+ public:
+  // The connection string built by Init, password included.
+  virtual std::string ConnectionString() const = 0;
+  virtual void StartSession() = 0;
+  // The argument is accepted and not used. An unmatched EndSession does nothing.
+  virtual void EndSession(const Variant& unused = Variant()) = 0;
+  // Always false, without touching the database.
+  virtual bool TestConnection() = 0;
+  // Runs a statement and returns its rows, fully read, so that the list stays
+  // readable after the connection is closed.
+  virtual std::shared_ptr<IListIterator> Execute(const std::string& sql) = 0;
+  // Runs a statement and returns the number of rows it matched.
+  virtual int32_t ExecuteNonQuery(const std::string& sql) = 0;
+  // The first column of the first row as text; the default when there is no
+  // row or the value is NULL.
+  virtual std::string ExecuteScalar(const std::string& sql, const std::string& default_value) = 0;
+};
+
+// Creates a connection ("orvmysql.CConnection") and builds its connection
+// string from the connector, without connecting.
+ORVMYSQL_EXPORT std::shared_ptr<IConnection> NewConnection(const IDPConnector& connector);
+
+}  // namespace orvmysql
