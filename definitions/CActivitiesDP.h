@@ -1,9 +1,23 @@
 #pragma once
 
-#include "access/DataSourceBase.h"
+#include "definitions/DefinitionProvider.h"
+#include "orvmysql/Definitions.h"
 
 namespace orvmysql {
 
-class CActivitiesDP : public DataSourceBase {};
+// Activities of a definition (tblActivities); deleting one also deletes its
+// property and parameter bags.
+class CActivitiesDP : public DefinitionProvider, public IActivitiesDP {
+ public:
+  // IActivitiesDP
+  bool Delete(int32_t definition_id, const std::string& activity_id) override;
+  std::shared_ptr<IListIterator> GetActivitiesForProcess(int32_t definition_id) override;
+  std::shared_ptr<IListIterator> GetActivityByID(int32_t activity_id) override;
+  std::shared_ptr<IListIterator> Load(const std::string& filter) override;
+  bool ActivityExist(const std::string& name, int32_t definition_id, int32_t activity_id) override;
+  bool Add(const FieldArray& fields) override;
+  bool Update(int32_t definition_id, const std::string& activity_identifier,
+              const FieldArray& fields) override;
+};
 
 }  // namespace orvmysql

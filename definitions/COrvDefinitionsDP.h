@@ -1,9 +1,23 @@
 #pragma once
 
-#include "access/DataSourceBase.h"
+#include "definitions/DefinitionProvider.h"
+#include "orvmysql/Definitions.h"
 
 namespace orvmysql {
 
-class COrvDefinitionsDP : public DataSourceBase {};
+// Process definitions (tblProcessDef) and the cascade that deletes a
+// definition with everything that hangs on it.
+class COrvDefinitionsDP : public DefinitionProvider, public IOrvDefinitionsDP {
+ public:
+  // IOrvDefinitionsDP
+  bool Delete(int32_t definition_id) override;
+  bool IsOrvdefinitionInUse(int32_t definition_id) override;
+  bool IsWorkflowPublished(int32_t definition_id) override;
+  std::shared_ptr<IListIterator> Load(const std::string& filter) override;
+  std::shared_ptr<IListIterator> GetProcessDefByID(int32_t definition_id) override;
+  bool WorkflowDefinitionExist(const std::string& name, int32_t definition_id) override;
+  bool Update(int32_t definition_id, const FieldArray& fields) override;
+  bool Add(const FieldArray& fields) override;
+};
 
 }  // namespace orvmysql

@@ -1,0 +1,78 @@
+#include "definitions/CSwitchesDP.h"
+
+namespace orvmysql {
+
+namespace {
+
+using defs::As;
+
+constexpr As kLayout[] = {
+    As::Long,        // 0 SwitchType
+    As::TextOrNull,  // 1 DisplayName
+    As::Long,        // 2 FKProcDefinitionID
+    As::Text,        // 3 SwitchProcDefID
+};
+
+constexpr defs::Assignment kSet[] = {
+    {"SwitchType = ", 0},
+    {" ,DisplayName = ", 1},
+    {" ,FKProcDefinitionID = ", 2},
+    {" ,SwitchProcDefID = ", 3},
+};
+
+constexpr defs::KeyedTable kTable{
+    .locations = {.add = "CSwitchesDP: ISwitchesDP_Add Function (",
+                  .update = "CSwitchesDP: ISwitchesDP_Update Function (",
+                  .remove = "CSwitchesDP: ISwitchesDP_Delete Function (",
+                  .by_key = "CSwitchesDP:ISwitchesDP_GetByID Function (",
+                  .by_owner = "CSwitchesDP:ISwitchesDP_GetForProcess Function (",
+                  .load = "CSwitchesDP:ISwitchesDP_Load Function ("},
+    .connection_on_91 = true,
+    .select =
+        "SELECT SwitchID,SwitchType,DisplayName,FKProcDefinitionID,SwitchProcDefID "
+        "FROM tblSwitches ",
+    .by_key = " WHERE SwitchID = ",
+    .by_owner = " WHERE FKProcDefinitionID = ",
+    .entity_type_code = -6,
+    .insert_head =
+        "INSERT INTO tblSwitches (SwitchID,SwitchType,DisplayName,FKProcDefinitionID,"
+        "SwitchProcDefID) VALUES (",
+    .add_layout = kLayout,
+    .update_head = "UPDATE tblSwitches SET ",
+    .update_layout = kLayout,
+    .update_set = kSet,
+    .update_where = " WHERE SwitchID = ",
+    .delete_one = "DELETE FROM tblSwitches WHERE SwitchID = ",
+    .delete_all = "DELETE FROM tblSwitches WHERE FKProcDefinitionID = ",
+};
+
+}  // namespace
+
+// ISwitchesDP
+
+int32_t CSwitchesDP::Add(const FieldArray& fields) {
+  return AddRow(kTable, fields);
+}
+
+bool CSwitchesDP::Update(int32_t switch_id, const FieldArray& fields) {
+  return UpdateRow(kTable, switch_id, fields) > 0;
+}
+
+bool CSwitchesDP::Delete(int32_t switch_id, int32_t definition_id) {
+  DeleteRows(kTable, switch_id, definition_id);
+  return true;
+}
+
+std::shared_ptr<IListIterator> CSwitchesDP::GetByID(int32_t switch_id) {
+  return RowsByKey(kTable, switch_id);
+}
+
+std::shared_ptr<IListIterator> CSwitchesDP::GetForProcess(int32_t definition_id) {
+  return RowsByOwner(kTable, definition_id);
+}
+
+std::shared_ptr<IListIterator> CSwitchesDP::Load(const std::string& filter) {
+  return RowsLoad(kTable, filter);
+}
+
+}  // namespace orvmysql

@@ -1,0 +1,161 @@
+#include "definitions/DefinitionProvider.h"
+
+#include "access/General.h"
+#include "access/SqlValues.h"
+
+namespace orvmysql::defs {
+
+std::vector<std::string> FormatFields(const FieldArray& fields, std::span<const As> layout) {
+  sql::RequireSize(fields, layout.size());
+  std::vector<std::string> values;
+  values.reserve(layout.size());
+  for (std::size_t i = 0; i < layout.size(); ++i) {
+    const Variant& v = fields[i];
+    switch (layout[i]) {
+      case As::Long:
+        values.push_back(sql::Long(v));
+        break;
+      case As::Double:
+        values.push_back(sql::Double(v));
+        break;
+      case As::Text:
+        values.push_back(sql::Text(v, true));
+        break;
+      case As::TextOrNull:
+        values.push_back(sql::TextOrNull(v, true));
+        break;
+      case As::LongTextOrNull:
+        values.push_back(sql::TextOrNull(v, false));
+        break;
+      case As::DateTime:
+        values.push_back(sql::DateTime(v));
+        break;
+      case As::Boolean:
+        values.push_back(sql::Boolean(v));
+        break;
+      case As::Unused:
+        values.emplace_back();
+        break;
+    }
+  }
+  return values;
+}
+
+std::string Assignments(std::span<const Assignment> set, const std::vector<std::string>& values) {
+  std::string text;
+  for (const Assignment& a : set) {
+    text += a.text;
+    text += values.at(a.index);
+  }
+  return text;
+}
+
+std::string Joined(const std::vector<std::string>& values, std::size_t first, std::size_t last) {
+  std::string text;
+  for (std::size_t i = first; i < last; ++i) {
+    if (i > first) text += ',';
+    text += values.at(i);
+  }
+  return text;
+}
+
+std::string Joined(const std::vector<std::string>& values, std::span<const std::size_t> order) {
+  std::string text;
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    if (i > 0) text += ',';
+    text += values.at(order[i]);
+  }
+  return text;
+}
+
+std::string LiteralPattern(std::string_view text) {
+  return GetQuotedString(EscapeLikeString(text), true);
+}
+
+}  // namespace orvmysql::defs
+
+namespace orvmysql {
+
+int32_t DefinitionProvider::InsertWithNewKey(
+    int32_t entity_type_code, const std::function<std::string(const std::string& key)>& statement,
+    const Where& where) {
+  return InSession(
+      [&] {
+        const std::string key = NextID(entity_type_code, where);
+        const int32_t affected = NonQuery(statement(key), where);
+        return affected > 0 ? Variant(key).ToLong() : -1;
+      },
+      where);
+}
+
+std::shared_ptr<IListIterator> DefinitionProvider::RowsWhere(std::string_view select,
+                                                             std::string_view filter, int32_t id,
+                                                             const Where& where) {
+  std::string text(select);
+  text += filter;
+  text += std::to_string(id);
+  return Rows(text, where);
+}
+
+std::shared_ptr<IListIterator> DefinitionProvider::RowsWithTail(std::string_view select,
+                                                                const std::string& tail,
+                                                                const Where& where) {
+  return Rows(std::string(select) + " " + tail, where);
+}
+
+int32_t DefinitionProvider::AddRow(const defs::KeyedTable& t, const FieldArray& fields) {
+  return detail::Guard({t.locations.add, t.connection_on_91}, [&] {
+    auto v = defs::FormatFields(fields, t.add_layout);
+    if (t.complete != nullptr) t.complete(v);
+    const std::string values =
+        t.insert_order.empty() ? defs::Joined(v, 0, v.size()) : defs::Joined(v, t.insert_order);
+    return InsertWithNewKey(t.entity_type_code, [&](const std::string& key) {
+      return std::string(t.insert_head) + key + "," + values + ")";
+    });
+  });
+}
+
+int32_t DefinitionProvider::UpdateRow(const defs::KeyedTable& t, int32_t id,
+                                      const FieldArray& fields) {
+  return detail::Guard({t.locations.update, t.connection_on_91}, [&] {
+    auto v = defs::FormatFields(fields, t.update_layout);
+    if (t.complete != nullptr) t.complete(v);
+    return NonQuery(std::string(t.update_head) + defs::Assignments(t.update_set, v) +
+                    std::string(t.update_where) + std::to_string(id));
+  });
+}
+
+void DefinitionProvider::DeleteRows(const defs::KeyedTable& t, int32_t id, int32_t owner_id) {
+  detail::Guard({t.locations.remove, t.connection_on_91}, [&] {
+    const bool whole_owner = owner_id >= 1 && !t.delete_all.empty();
+    return NonQuery(whole_owner ? std::string(t.delete_all) + std::to_string(owner_id)
+                                : std::string(t.delete_one) + std::to_string(id));
+  });
+}
+
+std::shared_ptr<IListIterator> DefinitionProvider::RowsByKey(const defs::KeyedTable& t,
+                                                             int32_t id) {
+  return detail::Guard({t.locations.by_key, t.connection_on_91},
+                       [&] { return RowsWhere(t.select, t.by_key, id); });
+}
+
+std::shared_ptr<IListIterator> DefinitionProvider::RowsByOwner(const defs::KeyedTable& t,
+                                                               int32_t owner_id) {
+  return detail::Guard({t.locations.by_owner, t.connection_on_91},
+                       [&] { return RowsWhere(t.select, t.by_owner, owner_id); });
+}
+
+std::shared_ptr<IListIterator> DefinitionProvider::RowsLoad(const defs::KeyedTable& t,
+                                                            const std::string& tail) {
+  return detail::Guard({t.locations.load, t.connection_on_91},
+                       [&] { return RowsWithTail(t.select, tail); });
+}
+
+void DefinitionProvider::EndSessionAfterFailure() noexcept {
+  try {
+    Conn().EndSession(true);
+  } catch (...) {
+  }
+}
+
+}  // namespace orvmysql

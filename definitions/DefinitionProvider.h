@@ -1,0 +1,157 @@
+#pragma once
+
+// Plumbing shared by the definition providers: field arrays formatted by a
+// per-provider layout before anything runs, statement assembly from those
+// formatted values, the statement patterns every provider repeats (select by
+// a key, select with the caller's tail, keyed insert in a session), and the
+// whole set of operations of a table described by a KeyedTable.
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <source_location>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "access/DataSourceBase.h"
+#include "orvmysql/List.h"
+#include "orvmysql/Variant.h"
+
+namespace orvmysql::defs {
+
+// How one position of a field array is written into SQL.
+enum class As : std::uint8_t {
+  Long,            // 32-bit integer in decimal
+  Double,          // double with a decimal point
+  Text,            // quoted, cut to 255 characters
+  TextOrNull,      // quoted, cut to 255 characters; NULL when empty
+  LongTextOrNull,  // quoted, not cut; NULL when empty
+  DateTime,        // date-time literal; NULL when Empty or Null
+  Boolean,         // 1 or 0
+  Unused,          // must be present, is not read
+};
+
+// Formats every position of the layout. Raises 9 when the array is shorter
+// than the layout, 13 for a numeric position that holds no number, 94 for Null
+// in a quoted position without a NULL rule. Unused positions give "".
+std::vector<std::string> FormatFields(const FieldArray& fields, std::span<const As> layout);
+
+// One "column = value" piece of an UPDATE: the literal text before the value
+// and the position of the value.
+struct Assignment {
+  std::string_view text;
+  std::size_t index;
+};
+
+// The texts and values of the assignments, concatenated in order.
+std::string Assignments(std::span<const Assignment> set, const std::vector<std::string>& values);
+
+// values[first] to values[last - 1], separated by ",".
+std::string Joined(const std::vector<std::string>& values, std::size_t first, std::size_t last);
+// The values at the given positions, in that order, separated by ",".
+std::string Joined(const std::vector<std::string>& values, std::span<const std::size_t> order);
+
+// The text as the body of a quoted LIKE pattern that matches only itself:
+// wildcards escaped, then quoted and cut to 255 characters.
+std::string LiteralPattern(std::string_view text);
+
+// Statements, layouts and location texts of a table whose rows have a key
+// from GetNextID and belong to an owner (an activity or a definition). The
+// providers of the bags, the process parameters, the transitions and the
+// switches are such tables.
+struct KeyedTable {
+  // Location texts of the operations for the error trail.
+  struct Locations {
+    std::string_view add{}, update{}, remove{}, by_key{}, by_owner{}, load{};
+  };
+  Locations locations{};
+  // Whether error 91 gets " (Connection)" appended in every operation.
+  bool connection_on_91 = false;
+
+  std::string_view select{};    // select list, ending in a blank
+  std::string_view by_key{};    // " WHERE <key> = "
+  std::string_view by_owner{};  // " WHERE <owner> = "
+
+  int32_t entity_type_code = 0;  // of GetNextID
+  // The INSERT up to the key; the key, ",", the values and ")" follow.
+  std::string_view insert_head{};
+  std::span<const As> add_layout{};
+  // Positions in the order of the column list; empty for positions in order.
+  std::span<const std::size_t> insert_order{};
+
+  std::string_view update_head{};  // "UPDATE <table> SET "
+  std::span<const As> update_layout{};
+  std::span<const Assignment> update_set{};
+  std::string_view update_where{};  // " WHERE <key> = "
+
+  std::string_view delete_one{};  // "DELETE ... WHERE <key> = "
+  std::string_view delete_all{};  // "DELETE ... WHERE <owner> = "; empty when not offered
+
+  // Adjusts the formatted values of Add and Update before they are written.
+  void (*complete)(std::vector<std::string>& values) = nullptr;
+};
+
+}  // namespace orvmysql::defs
+
+namespace orvmysql {
+
+class DefinitionProvider : public DataSourceBase {
+ protected:
+  using Where = std::source_location;
+
+  // Runs body between StartSession and EndSession. When body fails the
+  // session is ended all the same, so that a failed operation never leaves
+  // the connection held open; the failure then goes on unchanged.
+  template <class Body>
+  auto InSession(Body&& body, const Where& where = Where::current());
+
+  // In one session: a new key for the entity type, then the INSERT that
+  // statement(key) builds. Returns the key, or -1 when no row was inserted.
+  int32_t InsertWithNewKey(int32_t entity_type_code,
+                           const std::function<std::string(const std::string& key)>& statement,
+                           const Where& where = Where::current());
+
+  // The operations of a keyed table, each under its own location text.
+  // AddRow returns the new key or -1; UpdateRow the number of rows matched.
+  // DeleteRows deletes the row with the key when owner_id < 1, otherwise every
+  // row of the owner.
+  int32_t AddRow(const defs::KeyedTable& table, const FieldArray& fields);
+  int32_t UpdateRow(const defs::KeyedTable& table, int32_t id, const FieldArray& fields);
+  void DeleteRows(const defs::KeyedTable& table, int32_t id, int32_t owner_id);
+  std::shared_ptr<IListIterator> RowsByKey(const defs::KeyedTable& table, int32_t id);
+  std::shared_ptr<IListIterator> RowsByOwner(const defs::KeyedTable& table, int32_t owner_id);
+  std::shared_ptr<IListIterator> RowsLoad(const defs::KeyedTable& table, const std::string& tail);
+
+  // select + filter + id in decimal, for example
+  // "SELECT ... FROM tblSwitches " + " WHERE SwitchID = " + "12".
+  std::shared_ptr<IListIterator> RowsWhere(std::string_view select, std::string_view filter,
+                                           int32_t id, const Where& where = Where::current());
+  // select + " " + the caller's tail, passed on unchanged (trusted SQL).
+  std::shared_ptr<IListIterator> RowsWithTail(std::string_view select, const std::string& tail,
+                                              const Where& where = Where::current());
+
+ private:
+  // Ends the session without marking a line, dropping any error: used only
+  // while another error is on its way out.
+  void EndSessionAfterFailure() noexcept;
+};
+
+template <class Body>
+auto DefinitionProvider::InSession(Body&& body, const Where& where) {
+  StartSession(where);
+  struct Ender {
+    DefinitionProvider* owner;
+    ~Ender() {
+      if (owner != nullptr) owner->EndSessionAfterFailure();
+    }
+  } ender{this};
+  auto result = std::forward<Body>(body)();
+  ender.owner = nullptr;
+  EndSession(where);
+  return result;
+}
+
+}  // namespace orvmysql
