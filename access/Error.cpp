@@ -29,7 +29,9 @@ void Error::AppendLocation(std::string_view location) {
   source_ += location;
 }
 
-void Error::SetDescription(std::string description) { description_ = std::move(description); }
+void Error::SetDescription(std::string description) {
+  description_ = std::move(description);
+}
 
 std::string_view RuntimeErrorText(int32_t number) {
   switch (number) {

@@ -25,6 +25,8 @@ struct Handler {
   std::string_view location;
   // Error 91 (no connection object) gets " (Connection)" appended to its description.
   bool connection_on_91 = false;
+  // When set, the failed statement's text and "\r\n" go in front of the description.
+  const std::string* statement = nullptr;
 };
 
 class LineFrame {
@@ -43,7 +45,9 @@ class LineFrame {
 
 // Records the line of the call about to be made in the innermost guarded operation.
 void MarkLine(int line);
-inline void MarkLine(const std::source_location& where) { MarkLine(static_cast<int>(where.line())); }
+inline void MarkLine(const std::source_location& where) {
+  MarkLine(static_cast<int>(where.line()));
+}
 
 // Converts the exception in flight into an Error (a foreign exception becomes
 // run-time error 7 or 51), applies the handler and throws it. Call only from a

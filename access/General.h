@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "orvmysql/Connection.h"
+#include "orvmysql/Keys.h"
 #include "orvmysql/Variant.h"
 
 namespace orvmysql {
@@ -30,9 +31,5 @@ std::string ConvertDateTimeIntoSQLFormat(const Variant& date_time);
 std::string ConvertBooleanIntoSQLFormat(bool value);
 // The text with \ [ ] % _ escaped by a backslash, for a LIKE pattern.
 std::string EscapeLikeString(std::string_view text);
-
-// A new key for the entity type code from tblKeyGen, as decimal text. Raises
-// 8196 when the code has no row or six attempts lose against other writers.
-std::string GetNextID(IConnection& connection, int32_t entity_type_code);
 
 }  // namespace orvmysql

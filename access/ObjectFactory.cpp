@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "access/Connection.h"
+#include "access/DataSourceFactory.h"
 #include "definitions/CActivitiesDP.h"
 #include "definitions/CActivityParamBagDP.h"
 #include "definitions/CActivityPropertyBagDP.h"
@@ -13,8 +14,11 @@
 #include "definitions/CSwitchesDP.h"
 #include "definitions/CTransitionsDP.h"
 #include "messaging/PendingProviders.h"
+#include "orvmysql/Attributes.h"
+#include "orvmysql/ConditionBuilder.h"
 #include "orvmysql/DataHandler.h"
 #include "orvmysql/Error.h"
+#include "orvmysql/Query.h"
 #include "runtime/PendingProviders.h"
 
 namespace orvmysql {
@@ -57,15 +61,73 @@ constexpr std::pair<std::string_view, Maker> kClasses[] = {
     {"orvmysql.CProcInstDataDP", &Make<CProcInstDataDP>},
     {"orvmysql.CActivityPropertyBagDP", &Make<CActivityPropertyBagDP>},
     {"orvmysql.CProcessParamsDP", &Make<CProcessParamsDP>},
+    {"orvmysql.CQuery", &Make<CQuery>},
+    {"orvmysql.CCondition", &Make<CCondition>},
+    {"orvmysql.CConditionExpression", &Make<CConditionExpression>},
+    {"orvmysql.COrderExpression", &Make<COrderExpression>},
+    {"orvmysql.CConditions", &Make<CConditions>},
+    {"orvmysql.CConditionExpressionList", &Make<CConditionExpressionList>},
+    {"orvmysql.COrderExpressionList", &Make<COrderExpressionList>},
+    {"orvmysql.CConditionToStringBuilder", &Make<CConditionToStringBuilder>},
+    {"orvmysql.CAttributes", &Make<CAttributes>},
+    {"orvmysql.CAttribute", &Make<CAttribute>},
 };
 
 bool SameName(std::string_view a, std::string_view b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-    return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+    return std::tolower(static_cast<unsigned char>(x)) ==
+           std::tolower(static_cast<unsigned char>(y));
   });
 }
 
 }  // namespace
+
+std::shared_ptr<IDataSource> NewDataSource(int32_t code) {
+  switch (code) {
+    case kDsDefinitions:
+      return std::make_shared<COrvDefinitionsDP>();
+    case kDsTransitions:
+      return std::make_shared<CTransitionsDP>();
+    case kDsSwitches:
+      return std::make_shared<CSwitchesDP>();
+    case kDsActivities:
+      return std::make_shared<CActivitiesDP>();
+    case kDsAIPropertyData:
+      return std::make_shared<CAIPropertyDataDP>();
+    case kDsActivityInstanceData:
+      return std::make_shared<CActivityInstanceDataDP>();
+    case kDsWorkitems:
+      return std::make_shared<CWorkitemsDP>();
+    case kDsProcInstance:
+      return std::make_shared<CProcInstanceDP>();
+    case kDsEngine:
+      return std::make_shared<COrvEngineDP>();
+    case kDsActivityInstance:
+      return std::make_shared<CActivityInstanceDP>();
+    case kDsSplitInstance:
+      return std::make_shared<CSplitInstanceDP>();
+    case kDsPathInstance:
+      return std::make_shared<CPathInstanceDP>();
+    case kDsThreadInstance:
+      return std::make_shared<CThreadInstanceDP>();
+    case kDsMessage:
+      return std::make_shared<CMessageDP>();
+    case kDsAttachment:
+      return std::make_shared<CAttachmentDP>();
+    case kDsActivityParamBag:
+      return std::make_shared<CActivityParamBagDP>();
+    case kDsPIReleventData:
+      return std::make_shared<CPIReleventDataDP>();
+    case kDsProcInstData:
+      return std::make_shared<CProcInstDataDP>();
+    case kDsActivityPropertyBag:
+      return std::make_shared<CActivityPropertyBagDP>();
+    case kDsProcessParams:
+      return std::make_shared<CProcessParamsDP>();
+    default:
+      return nullptr;
+  }
+}
 
 std::shared_ptr<IObject> CreateObject(std::string_view class_name) {
   for (const auto& [name, make] : kClasses) {

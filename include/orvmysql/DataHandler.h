@@ -81,7 +81,9 @@ class ORVMYSQL_EXPORT CMYSqlDP : public IDataProvider, public IOrvDataHandler {
 class ORVMYSQL_EXPORT CDPContext : public virtual IObject {
  public:
   std::shared_ptr<IConnection> Connection() const { return connection_; }
-  void SetConnection(std::shared_ptr<IConnection> connection) { connection_ = std::move(connection); }
+  void SetConnection(std::shared_ptr<IConnection> connection) {
+    connection_ = std::move(connection);
+  }
 
  private:
   std::shared_ptr<IConnection> connection_;

@@ -10,17 +10,17 @@
 namespace orvmysql {
 
 // Run-time error numbers of the platform, raised with their usual texts.
-inline constexpr int32_t kErrInvalidCall = 5;          // Invalid procedure call or argument
-inline constexpr int32_t kErrOverflow = 6;             // Overflow
-inline constexpr int32_t kErrOutOfMemory = 7;          // Out of memory
-inline constexpr int32_t kErrSubscript = 9;            // Subscript out of range
-inline constexpr int32_t kErrTypeMismatch = 13;        // Type mismatch
-inline constexpr int32_t kErrInternal = 51;            // Internal error
-inline constexpr int32_t kErrObjectNotSet = 91;        // Object variable or With block variable not set
-inline constexpr int32_t kErrInvalidUseOfNull = 94;    // Invalid use of Null
-inline constexpr int32_t kErrResourceNotFound = 326;   // Resource with identifier '...' not found
-inline constexpr int32_t kErrCannotCreateObject = 429; // ActiveX component can't create object
-inline constexpr int32_t kErrDuplicateKey = 457;       // This key is already associated with ...
+inline constexpr int32_t kErrInvalidCall = 5;    // Invalid procedure call or argument
+inline constexpr int32_t kErrOverflow = 6;       // Overflow
+inline constexpr int32_t kErrOutOfMemory = 7;    // Out of memory
+inline constexpr int32_t kErrSubscript = 9;      // Subscript out of range
+inline constexpr int32_t kErrTypeMismatch = 13;  // Type mismatch
+inline constexpr int32_t kErrInternal = 51;      // Internal error
+inline constexpr int32_t kErrObjectNotSet = 91;  // Object variable or With block variable not set
+inline constexpr int32_t kErrInvalidUseOfNull = 94;     // Invalid use of Null
+inline constexpr int32_t kErrResourceNotFound = 326;    // Resource with identifier '...' not found
+inline constexpr int32_t kErrCannotCreateObject = 429;  // ActiveX component can't create object
+inline constexpr int32_t kErrDuplicateKey = 457;        // This key is already associated with ...
 
 // Base of the library's own error numbers: message number | 0x80040000.
 inline constexpr int32_t kObjectErrorBase = static_cast<int32_t>(0x80040000u);

@@ -27,8 +27,7 @@ class ORVMYSQL_EXPORT Date {
 
   // Raises error 5 for a month, day or time outside its range, and error 6 for
   // a year outside 100..9999.
-  static Date FromParts(int year, int month, int day, int hour = 0, int minute = 0,
-                        int second = 0);
+  static Date FromParts(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);
   // The local clock, read through the clock seam (see SetClockForTesting).
   static Date Now();
 

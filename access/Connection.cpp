@@ -1,0 +1,350 @@
+#include "access/Connection.h"
+
+#include <mysql.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <cstring>
+#include <source_location>
+
+#include "access/ErrorHandling.h"
+#include "access/RSList.h"
+#include "access/Recordset.h"
+
+namespace orvmysql {
+
+namespace {
+
+// Option bits of the connection string and what they mean here.
+constexpr uint32_t kOptionFoundRows = 2;    // an UPDATE counts the rows it matched
+constexpr uint32_t kOptionCompress = 2048;  // compressed protocol, for remote servers only
+constexpr unsigned kConnectTimeoutSeconds = 10;
+
+std::string Trimmed(std::string_view text) {
+  const auto first = text.find_first_not_of(' ');
+  if (first == std::string_view::npos) return {};
+  const auto last = text.find_last_not_of(' ');
+  return std::string(text.substr(first, last - first + 1));
+}
+
+bool IsUnixSocket(const std::string& server) {
+  return !server.empty() && server.front() == '/';
+}
+
+// Compression costs time over loopback and the unix socket and never helped
+// there, so it is used only for servers on other hosts.
+bool IsThisHost(const std::string& server) {
+  if (server.empty() || IsUnixSocket(server) || server == "localhost" || server == "::1" ||
+      server == "[::1]" || server.rfind("127.", 0) == 0) {
+    return true;
+  }
+  char name[256] = {};
+  return gethostname(name, sizeof name - 1) == 0 && server == name;
+}
+
+Error DatabaseError(st_mysql* db) {
+  Error error(kErrDatabase, "orvmysql", mysql_error(db));
+  error.SetNative(mysql_errno(db), mysql_sqlstate(db));
+  return error;
+}
+
+int ParseInt(const char* text, std::size_t length) {
+  int value = 0;
+  std::from_chars(text, text + length, value);
+  return value;
+}
+
+// "yyyy-mm-dd", "yyyy-mm-dd hh:mm:ss[.ffffff]" or "hh:mm:ss"; zero dates are Null.
+Variant DateValue(const char* text, std::size_t length, bool time_only) {
+  try {
+    if (time_only) {
+      if (length < 8 || text[0] == '-') return Variant(std::string(text, length));
+      return Date::FromParts(1899, 12, 30, ParseInt(text, 2), ParseInt(text + 3, 2),
+                             ParseInt(text + 6, 2));
+    }
+    if (length < 10) return Variant(std::string(text, length));
+    const int year = ParseInt(text, 4), month = ParseInt(text + 5, 2), day = ParseInt(text + 8, 2);
+    if (year == 0 || month == 0 || day == 0) return Null;
+    if (length < 19) return Date::FromParts(year, month, day);
+    return Date::FromParts(year, month, day, ParseInt(text + 11, 2), ParseInt(text + 14, 2),
+                           ParseInt(text + 17, 2));
+  } catch (const Error&) {
+    // Dates before year 100 have no Date form; keep the server's text.
+    return Variant(std::string(text, length));
+  }
+}
+
+Variant FieldValue(const MYSQL_FIELD& field, const char* text, unsigned long length) {
+  if (text == nullptr) return Null;
+  switch (field.type) {
+    case MYSQL_TYPE_TINY:
+    case MYSQL_TYPE_SHORT:
+    case MYSQL_TYPE_LONG:
+    case MYSQL_TYPE_INT24:
+    case MYSQL_TYPE_LONGLONG:
+    case MYSQL_TYPE_YEAR: {
+      int64_t v = 0;
+      auto [end, ec] = std::from_chars(text, text + length, v);
+      if (ec == std::errc() && end == text + length) return Variant::FromInt64(v);
+      double d = 0;
+      std::from_chars(text, text + length, d);  // an unsigned value beyond 63 bits
+      return d;
+    }
+    case MYSQL_TYPE_DECIMAL:
+    case MYSQL_TYPE_NEWDECIMAL:
+    case MYSQL_TYPE_FLOAT:
+    case MYSQL_TYPE_DOUBLE: {
+      double d = 0;
+      std::from_chars(text, text + length, d);
+      return d;
+    }
+    case MYSQL_TYPE_DATE:
+    case MYSQL_TYPE_NEWDATE:
+    case MYSQL_TYPE_DATETIME:
+    case MYSQL_TYPE_TIMESTAMP:
+      return DateValue(text, length, false);
+    case MYSQL_TYPE_TIME:
+      return DateValue(text, length, true);
+    case MYSQL_TYPE_BIT: {
+      int64_t v = 0;
+      for (unsigned long i = 0; i < length && i < 8; ++i) {
+        v = (v << 8) | static_cast<unsigned char>(text[i]);
+      }
+      return Variant::FromInt64(v);
+    }
+    default:
+      return Variant(std::string(text, length));
+  }
+}
+
+std::shared_ptr<const Recordset> ReadResult(MYSQL_RES* result) {
+  const unsigned columns = mysql_num_fields(result);
+  const MYSQL_FIELD* fields = mysql_fetch_fields(result);
+  std::vector<std::string> names;
+  names.reserve(columns);
+  for (unsigned i = 0; i < columns; ++i) names.emplace_back(fields[i].name, fields[i].name_length);
+  std::vector<Variant> cells;
+  cells.reserve(static_cast<std::size_t>(mysql_num_rows(result)) * columns);
+  while (MYSQL_ROW row = mysql_fetch_row(result)) {
+    const unsigned long* lengths = mysql_fetch_lengths(result);
+    for (unsigned i = 0; i < columns; ++i)
+      cells.push_back(FieldValue(fields[i], row[i], lengths[i]));
+  }
+  return std::make_shared<const Recordset>(std::move(names), std::move(cells));
+}
+
+struct ResultCloser {
+  void operator()(MYSQL_RES* result) const noexcept { mysql_free_result(result); }
+};
+
+}  // namespace
+
+std::string BuildConnectionString(const IDPConnector& connector) {
+  return detail::Guard({"CConnection:ConnectionString Ln "}, [&] {
+    std::string port = connector.Port();
+    if (port.empty()) port = "3306";
+    return "Driver=MySQL ODBC 5.1 Driver;DATABASE=" + connector.Database() +
+           ";SERVER=" + connector.Server() + ";UID=" + connector.User() + ";" +
+           "PASSWORD=" + connector.Password() + ";PORT=" + port + ";OPTION=18475;";
+  });
+}
+
+ConnectionSettings ParseConnectionString(const std::string& text) {
+  ConnectionSettings s;
+  std::size_t start = 0;
+  while (start <= text.size()) {
+    std::size_t end = text.find(';', start);
+    if (end == std::string::npos) end = text.size();
+    std::string_view part(text.data() + start, end - start);
+    const auto eq = part.find('=');
+    if (eq != std::string_view::npos) {
+      std::string key = Trimmed(part.substr(0, eq));
+      for (char& c : key) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+      const std::string value(part.substr(eq + 1));
+      if (key == "SERVER")
+        s.server = value;
+      else if (key == "DATABASE")
+        s.database = value;
+      else if (key == "UID")
+        s.user = value;
+      else if (key == "PASSWORD")
+        s.password = value;
+      else if (key == "PORT")
+        s.port = value;
+      else if (key == "OPTION")
+        std::from_chars(value.data(), value.data() + value.size(), s.option);
+    }
+    start = end + 1;
+  }
+  return s;
+}
+
+void CConnection::Closer::operator()(st_mysql* db) const noexcept {
+  mysql_close(db);
+}
+
+CConnection::CConnection() = default;
+
+CConnection::~CConnection() = default;  // the closer closes a held connection
+
+void CConnection::Init(const IDPConnector& connector) {
+  connection_string_ = BuildConnectionString(connector);
+}
+
+void CConnection::OpenConn() {
+  if (depth_ >= 1 && db_) return;
+  detail::Guard({"CConnection:OpenConn Ln "}, [&] {
+    db_.reset(mysql_init(nullptr));
+    if (!db_) ThrowRuntimeError(kErrOutOfMemory);
+    const ConnectionSettings s = ParseConnectionString(connection_string_);
+    try {
+      unsigned port = 0;
+      const std::string port_text = Trimmed(s.port);
+      auto [end, ec] = std::from_chars(port_text.data(), port_text.data() + port_text.size(), port);
+      if (ec != std::errc() || end != port_text.data() + port_text.size() || port > 65535) {
+        throw Error(kErrDatabase, "orvmysql", "Invalid port '" + s.port + "'");
+      }
+      mysql_optionsv(db_.get(), MYSQL_SET_CHARSET_NAME, "utf8mb4");
+      mysql_optionsv(db_.get(), MYSQL_OPT_CONNECT_TIMEOUT, &kConnectTimeoutSeconds);
+      unsigned long flags = 0;
+      if (s.option & kOptionFoundRows) flags |= CLIENT_FOUND_ROWS;
+      if ((s.option & kOptionCompress) && !IsThisHost(s.server)) flags |= CLIENT_COMPRESS;
+      const bool socket = IsUnixSocket(s.server);
+      if (!mysql_real_connect(db_.get(), socket ? "localhost" : s.server.c_str(), s.user.c_str(),
+                              s.password.c_str(), s.database.empty() ? nullptr : s.database.c_str(),
+                              port, socket ? s.server.c_str() : nullptr, flags)) {
+        throw DatabaseError(db_.get());
+      }
+      // Texts are escaped with backslashes; a server whose mode turns backslash
+      // escapes off would misread them, so the mode is reset for this session.
+      if (db_->server_status & SERVER_STATUS_NO_BACKSLASH_ESCAPES) {
+        if (mysql_query(db_.get(),
+                        "SET SESSION sql_mode = REPLACE(@@sql_mode, 'NO_BACKSLASH_ESCAPES', '')")) {
+          throw DatabaseError(db_.get());
+        }
+      }
+      mysql_autocommit(db_.get(), 1);
+    } catch (...) {
+      // A failed connect is reported as 61441 with the client's reason and the
+      // connection string (password included, as the engine's logs expect).
+      Error caught = detail::CurrentError();
+      const std::string reason = caught.NativeError() != 0 ? caught.Description() : std::string();
+      db_.reset();
+      std::string message = detail::LoadMessage(kMsgConnectFailed);
+      const std::string detail_text =
+          "ErrNo:" + std::to_string(caught.Number()) + "\r\n" +
+          " Details:" + (reason.empty() ? caught.Description() : reason);
+      message.replace(message.find("%0"), 2, detail_text);
+      Error failed(kErrConnectFailed, caught.Source(), message + "\r\n" + connection_string_);
+      failed.SetNative(caught.NativeError(), caught.SqlState());
+      throw failed;
+    }
+  });
+}
+
+void CConnection::Close() {
+  detail::Guard({"CDB:Close Ln "}, [&] {
+    if (db_ && depth_ == 0) db_.reset();
+  });
+}
+
+void CConnection::CloseQuietly() noexcept {
+  if (depth_ == 0) db_.reset();
+}
+
+void CConnection::StartSession() {
+  if (depth_ == 0) OpenConn();
+  if (depth_ == INT32_MAX) ThrowRuntimeError(kErrOverflow);
+  ++depth_;
+}
+
+void CConnection::EndSession(const Variant& /*unused*/) {
+  if (depth_ >= 2) {
+    --depth_;
+  } else if (depth_ == 1) {
+    depth_ = 0;
+    Close();
+  }
+}
+
+std::shared_ptr<const Recordset> CConnection::Run(const std::string& sql, int32_t* affected) {
+  if (mysql_real_query(db_.get(), sql.data(), sql.size()) != 0) throw DatabaseError(db_.get());
+  std::unique_ptr<MYSQL_RES, ResultCloser> result(mysql_store_result(db_.get()));
+  if (!result) {
+    if (mysql_field_count(db_.get()) != 0) throw DatabaseError(db_.get());
+    if (affected != nullptr) {
+      const my_ulonglong n = mysql_affected_rows(db_.get());
+      *affected = n > static_cast<my_ulonglong>(INT32_MAX) ? INT32_MAX : static_cast<int32_t>(n);
+    }
+    return std::make_shared<const Recordset>();
+  }
+  if (affected != nullptr) *affected = -1;
+  return ReadResult(result.get());
+}
+
+// IConnection statements: a failure closes a connection opened only for this
+// statement and reports the statement's text in front of the description.
+
+std::shared_ptr<IListIterator> CConnection::Execute(const std::string& sql) {
+  return detail::Guard(
+      {"CConnection:Execute Function Ln ", false, &sql},
+      [&] {
+        detail::MarkLine(std::source_location::current());
+        OpenConn();
+        detail::MarkLine(std::source_location::current());
+        auto recordset = Run(sql, nullptr);
+        Close();
+        auto list = std::make_shared<CRSList>();
+        list->Init(std::move(recordset));
+        return std::shared_ptr<IListIterator>(std::move(list));
+      },
+      [&] { CloseQuietly(); });
+}
+
+int32_t CConnection::ExecuteNonQuery(const std::string& sql) {
+  return detail::Guard(
+      {"CDB:ExecuteNonQuery Ln ", false, &sql},
+      [&] {
+        detail::MarkLine(std::source_location::current());
+        OpenConn();
+        int32_t affected = 0;
+        detail::MarkLine(std::source_location::current());
+        Run(sql, &affected);
+        Close();
+        return affected;
+      },
+      [&] { CloseQuietly(); });
+}
+
+std::string CConnection::ExecuteScalar(const std::string& sql, const std::string& default_value) {
+  return detail::Guard(
+      {"CDB:ExecuteScalar Ln ", false, &sql},
+      [&] {
+        detail::MarkLine(std::source_location::current());
+        OpenConn();
+        detail::MarkLine(std::source_location::current());
+        if (mysql_real_query(db_.get(), sql.data(), sql.size()) != 0)
+          throw DatabaseError(db_.get());
+        std::unique_ptr<MYSQL_RES, ResultCloser> result(mysql_store_result(db_.get()));
+        if (!result && mysql_field_count(db_.get()) != 0) throw DatabaseError(db_.get());
+        std::string value = default_value;
+        if (result) {
+          MYSQL_ROW row = mysql_fetch_row(result.get());
+          if (row != nullptr && mysql_num_fields(result.get()) > 0 && row[0] != nullptr) {
+            value.assign(row[0], mysql_fetch_lengths(result.get())[0]);
+          }
+        }
+        result.reset();
+        Close();
+        return value;
+      },
+      [&] { CloseQuietly(); });
+}
+
+std::shared_ptr<IConnection> NewConnection(const IDPConnector& connector) {
+  auto connection = std::make_shared<CConnection>();
+  connection->Init(connector);
+  return connection;
+}
+
+}  // namespace orvmysql

@@ -1,0 +1,60 @@
+#include "access/SqlValues.h"
+
+#include <charconv>
+#include <cmath>
+
+#include "access/General.h"
+#include "orvmysql/Error.h"
+
+namespace orvmysql::sql {
+
+const Variant& At(const FieldArray& fields, std::size_t i) {
+  if (i >= fields.size()) ThrowRuntimeError(kErrSubscript);
+  return fields[i];
+}
+
+void RequireSize(const FieldArray& fields, std::size_t n) {
+  if (fields.size() < n) ThrowRuntimeError(kErrSubscript);
+}
+
+std::string Long(const Variant& v) {
+  return std::to_string(v.ToLong());
+}
+
+std::string Double(const Variant& v) {
+  const double d = v.ToDouble();
+  if (!std::isfinite(d)) ThrowRuntimeError(kErrOverflow);
+  char buf[64];
+  auto [end, ec] = std::to_chars(buf, buf + sizeof buf, d);
+  std::string text(buf, end);
+  // The shortest form of a whole number has no decimal point; add one so the
+  // server reads every value as an approximate number.
+  if (text.find_first_of(".e") == std::string::npos) text += ".0";
+  return text;
+}
+
+std::string Text(const Variant& v, bool limit255) {
+  return "'" + GetQuotedString(v.ToText(), limit255) + "'";
+}
+
+std::string TextOrNull(const Variant& v, bool limit255) {
+  if (v.IsNull()) return "NULL";
+  std::string text = v.ToText();
+  if (text.empty()) return "NULL";
+  return "'" + GetQuotedString(text, limit255) + "'";
+}
+
+std::string DateTime(const Variant& v) {
+  return ConvertDateTimeIntoSQLFormat(v);
+}
+std::string DateOnly(const Variant& v) {
+  return ConvertDateIntoSQLFormat(v);
+}
+std::string Time(const Variant& v) {
+  return ConvertTimeIntoSQLFormat(v);
+}
+std::string Boolean(const Variant& v) {
+  return ConvertBooleanIntoSQLFormat(v.ToBoolean());
+}
+
+}  // namespace orvmysql::sql
