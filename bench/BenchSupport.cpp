@@ -1,0 +1,55 @@
+#include "bench/BenchSupport.h"
+
+#include <unistd.h>
+
+#include <iostream>
+
+namespace orvbench {
+
+namespace {
+
+struct Context {
+  std::unique_ptr<orvmysql::devkit::DevServer> server;
+  std::string database;
+
+  Context() {
+    server = orvmysql::devkit::DevServer::Acquire(
+        [](const std::string& line) { std::cerr << "[server] " << line << "\n"; });
+    database = "orvbench_" + std::to_string(getpid());
+    orvmysql::devkit::InstallSchema(server->Address(), database);
+  }
+  ~Context() {
+    try {
+      orvmysql::devkit::AdminExecute(server->Address(), "DROP DATABASE IF EXISTS `" + database + "`");
+    } catch (const std::exception&) {
+    }
+  }
+};
+
+Context& Shared() {
+  static Context context;
+  return context;
+}
+
+}  // namespace
+
+const orvmysql::devkit::ServerAddress& Server() { return Shared().server->Address(); }
+
+const std::string& Database() { return Shared().database; }
+
+std::shared_ptr<orvmysql::CMYSqlDP> NewHandler() {
+  auto handler = std::make_shared<orvmysql::CMYSqlDP>();
+  handler->Init(Server().Connector(Database()));
+  return handler;
+}
+
+long long StatementCount(orvmysql::IConnection& connection) {
+  // Reading the counter is itself one statement; the caller's difference of
+  // two readings therefore includes one, which callers subtract.
+  return std::stoll(connection.ExecuteScalar(
+      "SELECT VARIABLE_VALUE FROM information_schema.SESSION_STATUS "
+      "WHERE VARIABLE_NAME = 'QUESTIONS'",
+      "0"));
+}
+
+}  // namespace orvbench
