@@ -17,6 +17,9 @@ class DataSourceBase : public virtual IDataSource {
   // IDataSource
   void Init(std::shared_ptr<IConnection> connection) override;
 
+  // The connection given by Init (null before).
+  const std::shared_ptr<IConnection>& Connection() const { return connection_; }
+
  protected:
   // The connection; raises error 91 when Init was never called.
   IConnection& Conn() const;

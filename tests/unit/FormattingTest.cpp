@@ -1,0 +1,142 @@
+// SQL literal formatting: quoting, cuts, LIKE escapes, dates and field values.
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "access/General.h"
+#include "access/SqlValues.h"
+#include "orvmysql/Error.h"
+
+using namespace orvmysql;
+
+namespace {
+
+int32_t ErrorNumberOf(const std::function<void()>& f) {
+  try {
+    f();
+  } catch (const Error& e) {
+    return e.Number();
+  }
+  return 0;
+}
+
+std::size_t Utf8Chars(const std::string& s) {
+  std::size_t n = 0;
+  for (unsigned char c : s) n += (c & 0xC0) != 0x80;
+  return n;
+}
+
+}  // namespace
+
+TEST(GetQuotedString, EscapesQuotesBackslashesAndNuls) {
+  EXPECT_EQ(GetQuotedString("O'Brien", true), "O''Brien");
+  EXPECT_EQ(GetQuotedString("C:\\dir", true), "C:\\\\dir");
+  EXPECT_EQ(GetQuotedString("   ", true), "");
+  EXPECT_EQ(GetQuotedString("", false), "");
+  EXPECT_EQ(GetQuotedString(std::string("a\0b", 3), true), "ab");
+  EXPECT_EQ(GetQuotedString("ends'", true), "ends''");
+  EXPECT_EQ(GetQuotedString("ends\\", true), "ends\\\\");
+  EXPECT_EQ(GetQuotedString("  keep blanks  ", true), "  keep blanks  ");
+}
+
+TEST(GetQuotedString, CutsAt255CharactersWithoutSplittingAnEscape) {
+  // The 255th character of the escaped text is the first half of a doubled quote.
+  const std::string split_quote = std::string(254, 'a') + "'" + std::string(45, 'b');
+  EXPECT_EQ(GetQuotedString(split_quote, true), std::string(254, 'a'));
+  EXPECT_EQ(GetQuotedString(split_quote, false).size(), 301u);
+
+  const std::string split_backslash = std::string(254, 'a') + "\\" + "tail";
+  EXPECT_EQ(GetQuotedString(split_backslash, true), std::string(254, 'a'));
+
+  // A run of quotes that the cut would leave odd stays even.
+  const std::string quotes = std::string(200, 'a') + std::string(40, '\'');
+  const std::string cut = GetQuotedString(quotes, true);
+  EXPECT_EQ(cut.size(), 254u);
+  EXPECT_EQ((cut.size() - 200) % 2, 0u);
+
+  EXPECT_EQ(GetQuotedString(std::string(300, 'x'), true), std::string(255, 'x'));
+}
+
+TEST(GetQuotedString, CountsUtf8CharactersAndNeverSplitsThem) {
+  std::string umlauts;
+  for (int i = 0; i < 300; ++i) umlauts += "\xC3\xBC";  // ü, two bytes each
+  const std::string cut = GetQuotedString(umlauts, true);
+  EXPECT_EQ(Utf8Chars(cut), 255u);
+  EXPECT_EQ(cut.size(), 510u);
+
+  std::string emoji = std::string(254, 'a') + "\xF0\x9F\x98\x80" + "\xF0\x9F\x98\x80";
+  EXPECT_EQ(GetQuotedString(emoji, true), std::string(254, 'a') + "\xF0\x9F\x98\x80");
+}
+
+TEST(EscapeLikeString, EscapesWildcardsBackslashFirst) {
+  EXPECT_EQ(EscapeLikeString("50%_a\\b"), "50\\%\\_a\\\\b");
+  EXPECT_EQ(EscapeLikeString("abc"), "abc");
+  EXPECT_EQ(EscapeLikeString("[x]"), "\\[x\\]");
+}
+
+TEST(DateLiterals, FixedPatternsAndNullForNoDate) {
+  const Variant day = Date::FromParts(2024, 3, 5);
+  const Variant moment = Date::FromParts(2024, 3, 5, 14, 5, 9);
+  EXPECT_EQ(ConvertDateIntoSQLFormat(day), " '2024-03-05' ");
+  EXPECT_EQ(ConvertDateIntoSQLFormat(moment), " '2024-03-05' ");
+  EXPECT_EQ(ConvertTimeIntoSQLFormat(moment), "'1899-12-30 14:05:09'");
+  EXPECT_EQ(ConvertDateTimeIntoSQLFormat(moment), " '2024-03-05 14:05:09' ");
+  EXPECT_EQ(ConvertDateTimeIntoSQLFormat(Date()), " '1899-12-30 00:00:00' ");
+  EXPECT_EQ(ConvertDateTimeIntoSQLFormat(Variant()), "NULL");
+  EXPECT_EQ(ConvertDateIntoSQLFormat(Null), "NULL");
+  EXPECT_EQ(ConvertDateTimeIntoSQLFormat("2024-12-31 23:59:59"), " '2024-12-31 23:59:59' ");
+}
+
+TEST(DateLiterals, BadDateReportsUnderTheRoutinesName) {
+  try {
+    ConvertDateTimeIntoSQLFormat("not a date");
+    FAIL();
+  } catch (const Error& e) {
+    EXPECT_EQ(e.Number(), kErrTypeMismatch);
+    EXPECT_NE(e.Source().find(" => \r\nConvertTimeIntoSQLFormat method ("), std::string::npos);
+    EXPECT_EQ(e.Source().back(), ')');
+  }
+}
+
+TEST(GetGUID, ThirtyTwoUpperHexDigitsAndUnique) {
+  std::set<std::string> seen;
+  for (int i = 0; i < 100; ++i) {
+    const std::string g = GetGUID();
+    ASSERT_EQ(g.size(), 32u);
+    EXPECT_EQ(g.find_first_not_of("0123456789ABCDEF"), std::string::npos) << g;
+    seen.insert(g);
+  }
+  EXPECT_EQ(seen.size(), 100u);
+}
+
+TEST(SqlValues, NumbersAreConvertedBeforeTheyAreWritten) {
+  EXPECT_EQ(sql::Long(Variant("42")), "42");
+  EXPECT_EQ(sql::Long(Variant(2.5)), "2");
+  EXPECT_EQ(ErrorNumberOf([] { sql::Long(Variant("1; DROP TABLE x")); }), kErrTypeMismatch);
+  EXPECT_EQ(ErrorNumberOf([] { sql::Long(Variant(3e10)); }), kErrOverflow);
+  EXPECT_EQ(sql::Double(Variant(2)), "2.0");
+  EXPECT_EQ(sql::Double(Variant("0.25")), "0.25");
+  EXPECT_EQ(sql::Double(Variant(-1e300)), "-1e+300");
+  EXPECT_EQ(ErrorNumberOf([] { sql::Double(Variant("1,5")); }), kErrTypeMismatch);
+}
+
+TEST(SqlValues, TextsAreQuotedAndEmptyTextsMayBeNull) {
+  EXPECT_EQ(sql::Text(Variant("O'Hara")), "'O''Hara'");
+  EXPECT_EQ(sql::Text(Variant("")), "''");
+  EXPECT_EQ(sql::TextOrNull(Variant("")), "NULL");
+  EXPECT_EQ(sql::TextOrNull(Null), "NULL");
+  EXPECT_EQ(sql::TextOrNull(Variant(7)), "'7'");
+  EXPECT_EQ(ErrorNumberOf([] { sql::Text(Null); }), kErrInvalidUseOfNull);
+  EXPECT_EQ(sql::Text(Variant(std::string(300, 'x')), false).size(), 302u);
+  EXPECT_EQ(sql::Boolean(Variant("True")), "1");
+  EXPECT_EQ(sql::Boolean(Variant(0)), "0");
+}
+
+TEST(SqlValues, MissingPositionRaisesSubscriptError) {
+  const FieldArray fields{Variant(1), Variant(2)};
+  EXPECT_EQ(sql::At(fields, 1).ToLong(), 2);
+  EXPECT_EQ(ErrorNumberOf([&] { sql::At(fields, 2); }), kErrSubscript);
+  EXPECT_EQ(ErrorNumberOf([&] { sql::RequireSize(fields, 3); }), kErrSubscript);
+}
