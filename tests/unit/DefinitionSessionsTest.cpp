@@ -1,0 +1,149 @@
+// The definition providers against a recording connection: the order and text
+// of the cascade, the session bracket (also when a statement fails), and the
+// error trail without a connection. What the database stores is proved by the
+// live tests.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "access/RSList.h"
+#include "definitions/CActivitiesDP.h"
+#include "definitions/COrvDefinitionsDP.h"
+#include "definitions/CSwitchesDP.h"
+#include "orvmysql/Error.h"
+
+namespace orvmysql {
+namespace {
+
+// Records every statement and the session depth; hands out keys from a fixed
+// tblKeyGen row and fails statements that contain fail_on.
+class RecordingConnection : public IConnection {
+ public:
+  std::vector<std::string> statements;
+  int depth = 0;
+  int starts = 0;
+  std::string fail_on;
+
+  std::string ConnectionString() const override { return {}; }
+  void StartSession() override {
+    ++depth;
+    ++starts;
+  }
+  void EndSession(const Variant&) override {
+    if (depth > 0) --depth;
+  }
+  bool TestConnection() override { return false; }
+  std::shared_ptr<IListIterator> Execute(const std::string& sql) override {
+    Record(sql);
+    if (sql.find("tblKeyGen") != std::string::npos) {
+      return MakeRowList({"LastAllocatedKey", "Seed", "Increment", "Offset"}, {{41, 0, 1, 1}});
+    }
+    return MakeRowList({"x"}, {});
+  }
+  int32_t ExecuteNonQuery(const std::string& sql) override {
+    Record(sql);
+    return 1;
+  }
+  std::string ExecuteScalar(const std::string& sql, const std::string& default_value) override {
+    Record(sql);
+    return default_value;
+  }
+
+ private:
+  void Record(const std::string& sql) {
+    statements.push_back(sql);
+    if (!fail_on.empty() && sql.find(fail_on) != std::string::npos) {
+      throw Error(kErrDatabase, "orvmysql", sql + "\r\nserver said no");
+    }
+  }
+};
+
+template <class Provider>
+std::shared_ptr<Provider> On(const std::shared_ptr<RecordingConnection>& connection) {
+  auto provider = std::make_shared<Provider>();
+  provider->Init(connection);
+  return provider;
+}
+
+TEST(DefinitionSessions, CascadeDeletesDependantsFirstInOneSession) {
+  auto connection = std::make_shared<RecordingConnection>();
+  EXPECT_TRUE(On<COrvDefinitionsDP>(connection)->Delete(12));
+  const std::vector<std::string> expected = {
+      "DELETE FROM tblActivityParamBag WHERE FKActivityID IN (SELECT ActivityID FROM "
+      "tblActivities WHERE FKProcDefinitionID =12)",
+      "DELETE FROM tblActivityPropertyBag WHERE FKActivityID IN (SELECT ActivityID FROM "
+      "tblActivities WHERE FKProcDefinitionID =12)",
+      "DELETE FROM tblActivities WHERE FKProcDefinitionID =12",
+      "DELETE FROM tblTransitions WHERE FKProcDefinitionID =12",
+      "DELETE FROM tblSwitches WHERE FKProcDefinitionID =12",
+      "DELETE FROM tblProcessParams WHERE FKProcDefID =12",
+      "DELETE FROM tblProcessDef WHERE ProcessDefID = 12",
+  };
+  EXPECT_EQ(connection->statements, expected);
+  EXPECT_EQ(connection->starts, 1);
+  EXPECT_EQ(connection->depth, 0);
+}
+
+TEST(DefinitionSessions, FailedStatementEndsTheSessionAndCarriesTheLocation) {
+  auto connection = std::make_shared<RecordingConnection>();
+  connection->fail_on = "INSERT INTO tblSwitches";
+  try {
+    On<CSwitchesDP>(connection)->Add({2, "Start", 7, "start"});
+    FAIL() << "the insert should have failed";
+  } catch (const Error& e) {
+    EXPECT_EQ(e.Number(), kErrDatabase);
+    EXPECT_NE(e.Source().find(" => \r\nCSwitchesDP: ISwitchesDP_Add Function ("), std::string::npos)
+        << e.Source();
+  }
+  EXPECT_EQ(connection->depth, 0);
+  EXPECT_EQ(connection->statements.back(),
+            "INSERT INTO tblSwitches (SwitchID,SwitchType,DisplayName,FKProcDefinitionID,"
+            "SwitchProcDefID) VALUES (42,2,'Start',7,'start')");
+
+  // A failure in the middle of the cascade ends its session too.
+  connection->fail_on = "tblTransitions";
+  EXPECT_EQ(
+      [&] {
+        try {
+          On<COrvDefinitionsDP>(connection)->Delete(3);
+        } catch (const Error& e) {
+          return e.Number();
+        }
+        return 0;
+      }(),
+      kErrDatabase);
+  EXPECT_EQ(connection->depth, 0);
+}
+
+TEST(DefinitionSessions, BadValuesStopBeforeTheSessionStarts) {
+  auto connection = std::make_shared<RecordingConnection>();
+  auto activities = On<CActivitiesDP>(connection);
+  EXPECT_THROW(activities->Add(FieldArray(15)), Error);
+  EXPECT_THROW(activities->Delete(1, "7; DROP TABLE tblActivities"), Error);
+  EXPECT_TRUE(connection->statements.empty());
+  EXPECT_EQ(connection->starts, 0);
+}
+
+TEST(DefinitionSessions, MissingConnectionIsNamedWhereTheOperationSaysSo) {
+  auto unconnected = std::make_shared<CActivitiesDP>();
+  try {
+    unconnected->Load("");
+    FAIL();
+  } catch (const Error& e) {
+    EXPECT_EQ(e.Number(), kErrObjectNotSet);
+    EXPECT_TRUE(e.Description().ends_with(" (Connection)")) << e.Description();
+  }
+  try {
+    unconnected->ActivityExist("a", 1, 2);
+    FAIL();
+  } catch (const Error& e) {
+    EXPECT_EQ(e.Number(), kErrObjectNotSet);
+    EXPECT_FALSE(e.Description().ends_with(" (Connection)")) << e.Description();
+  }
+}
+
+}  // namespace
+}  // namespace orvmysql
