@@ -1,0 +1,31 @@
+#pragma once
+
+// The query model's form of the re-raise convention: an error leaving an
+// operation keeps its number and source, and its description is extended by
+// " => \r\n" + the operation's context text + the line number.
+
+#include <source_location>
+#include <string_view>
+#include <utility>
+
+#include "access/ErrorHandling.h"
+
+namespace orvmysql::detail {
+
+// Raises the error in flight again with its description extended. Call only
+// from a catch block.
+[[noreturn]] void ReraiseWithContext(std::string_view context, int line);
+
+template <class Body>
+decltype(auto) GuardDescription(
+    std::string_view context, Body&& body,
+    const std::source_location& where = std::source_location::current()) {
+  LineFrame frame(static_cast<int>(where.line()));
+  try {
+    return std::forward<Body>(body)();
+  } catch (...) {
+    ReraiseWithContext(context, frame.Line());
+  }
+}
+
+}  // namespace orvmysql::detail
