@@ -16,11 +16,8 @@
 #include "messaging/PendingProviders.h"
 #include "orvmysql/Attributes.h"
 #include "orvmysql/ConditionBuilder.h"
-#include "orvmysql/Attributes.h"
-#include "orvmysql/ConditionBuilder.h"
 #include "orvmysql/DataHandler.h"
 #include "orvmysql/Error.h"
-#include "orvmysql/Query.h"
 #include "orvmysql/Query.h"
 #include "runtime/PendingProviders.h"
 
@@ -64,16 +61,6 @@ constexpr std::pair<std::string_view, Maker> kClasses[] = {
     {"orvmysql.CProcInstDataDP", &Make<CProcInstDataDP>},
     {"orvmysql.CActivityPropertyBagDP", &Make<CActivityPropertyBagDP>},
     {"orvmysql.CProcessParamsDP", &Make<CProcessParamsDP>},
-    {"orvmysql.CQuery", &Make<CQuery>},
-    {"orvmysql.CCondition", &Make<CCondition>},
-    {"orvmysql.CConditionExpression", &Make<CConditionExpression>},
-    {"orvmysql.COrderExpression", &Make<COrderExpression>},
-    {"orvmysql.CConditions", &Make<CConditions>},
-    {"orvmysql.CConditionExpressionList", &Make<CConditionExpressionList>},
-    {"orvmysql.COrderExpressionList", &Make<COrderExpressionList>},
-    {"orvmysql.CConditionToStringBuilder", &Make<CConditionToStringBuilder>},
-    {"orvmysql.CAttributes", &Make<CAttributes>},
-    {"orvmysql.CAttribute", &Make<CAttribute>},
     {"orvmysql.CQuery", &Make<CQuery>},
     {"orvmysql.CCondition", &Make<CCondition>},
     {"orvmysql.CConditionExpression", &Make<CConditionExpression>},
