@@ -205,10 +205,14 @@ void CConnection::OpenConn() {
         throw Error(kErrDatabase, "orvmysql", "Invalid port '" + s.port + "'");
       }
       mysql_optionsv(db_.get(), MYSQL_SET_CHARSET_NAME, "utf8mb4");
-      mysql_optionsv(db_.get(), MYSQL_OPT_CONNECT_TIMEOUT, &kConnectTimeoutSeconds);
+      // A server on this host answers or refuses at once; only a remote one
+      // can leave a connect hanging, so only there is a time limit needed
+      // (it makes the client connect without blocking, which costs a little).
+      const bool local = IsThisHost(s.server);
+      if (!local) mysql_optionsv(db_.get(), MYSQL_OPT_CONNECT_TIMEOUT, &kConnectTimeoutSeconds);
       unsigned long flags = 0;
       if (s.option & kOptionFoundRows) flags |= CLIENT_FOUND_ROWS;
-      if ((s.option & kOptionCompress) && !IsThisHost(s.server)) flags |= CLIENT_COMPRESS;
+      if ((s.option & kOptionCompress) && !local) flags |= CLIENT_COMPRESS;
       const bool socket = IsUnixSocket(s.server);
       if (!mysql_real_connect(db_.get(), socket ? "localhost" : s.server.c_str(), s.user.c_str(),
                               s.password.c_str(), s.database.empty() ? nullptr : s.database.c_str(),
@@ -223,7 +227,11 @@ void CConnection::OpenConn() {
           throw DatabaseError(db_.get());
         }
       }
-      mysql_autocommit(db_.get(), 1);
+      // Every statement commits by itself. The server reports its mode in the
+      // handshake, so the extra round trip is made only when it is off.
+      if (!(db_->server_status & SERVER_STATUS_AUTOCOMMIT) && mysql_autocommit(db_.get(), 1)) {
+        throw DatabaseError(db_.get());
+      }
     } catch (...) {
       // A failed connect is reported as 61441 with the client's reason and the
       // connection string (password included, as the engine's logs expect).
