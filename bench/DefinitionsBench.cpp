@@ -1,0 +1,179 @@
+// A process definition of 50 activities with 10 properties each: storing it,
+// reading it back, and the cascade delete, each through the providers inside
+// one session. The "statements" counter is the server's own count of
+// statements per iteration.
+
+#include <benchmark/benchmark.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bench/BenchSupport.h"
+#include "orvmysql/Definitions.h"
+
+namespace {
+
+using orvmysql::FieldArray;
+
+constexpr int kActivities = 50;
+constexpr int kPropertiesPerActivity = 10;
+
+template <class T>
+std::shared_ptr<T> Source(orvmysql::CMYSqlDP& handler, int32_t code) {
+  return std::dynamic_pointer_cast<T>(handler.GetDataSource(code));
+}
+
+// One handler in one session, its providers, and the statement counter.
+class Session {
+ public:
+  Session()
+      : handler_(orvbench::NewHandler()),
+        definitions_(Source<orvmysql::IOrvDefinitionsDP>(*handler_, 4)),
+        activities_(Source<orvmysql::IActivitiesDP>(*handler_, 7)),
+        properties_(Source<orvmysql::IPropertyValueDP>(*handler_, 23)) {
+    handler_->StartSession();
+  }
+  ~Session() { handler_->EndSession(); }
+
+  // Statements run so far in this session, not counting the readings.
+  long long Statements() { return orvbench::StatementCount(*handler_->Connection()) - readings_++; }
+
+  int32_t Store(const std::string& name) {
+    definitions_->Add({name,
+                       "benchmark",
+                       1,
+                       orvmysql::Variant(),
+                       orvmysql::Variant(),
+                       "bench",
+                       "",
+                       "u-1",
+                       "user",
+                       "",
+                       "",
+                       1,
+                       1,
+                       1,
+                       false,
+                       0,
+                       1,
+                       0,
+                       0,
+                       1,
+                       1,
+                       0,
+                       "",
+                       ""});
+    auto found = definitions_->Load("ORDER BY ProcessDefID DESC LIMIT 1");
+    found->GetNext();
+    const int32_t definition = found->CurrentItem()->GetValue("ProcessDefID").ToLong();
+    for (int a = 0; a < kActivities; ++a) {
+      const std::string id = "a" + std::to_string(a);
+      activities_->Add(
+          {"Activity " + id, "", 1, 0, 1, 1, 1, 1, 1, definition, 1, "", "", id, 0, "{BENCH}"});
+    }
+    auto list = activities_->GetActivitiesForProcess(definition);
+    while (list->GetNext()) {
+      const int32_t activity = list->CurrentItem()->GetValue("ActivityID").ToLong();
+      for (int p = 0; p < kPropertiesPerActivity; ++p) {
+        properties_->Add({activity, "property " + std::to_string(p), "Property", "", 1,
+                          "value " + std::to_string(p), 0, 0.0, 100.5, "", "", "", "", "", 1});
+      }
+    }
+    return definition;
+  }
+
+  // Reads every column the engine uses of the definition, its activities and
+  // their properties; returns the number of property values read.
+  int ReadBack(int32_t definition) {
+    auto def = definitions_->GetProcessDefByID(definition);
+    while (def->GetNext()) benchmark::DoNotOptimize(def->CurrentItem()->GetValue("ProcDefName"));
+    int values = 0;
+    auto list = activities_->GetActivitiesForProcess(definition);
+    while (list->GetNext()) {
+      auto activity = list->CurrentItem();
+      benchmark::DoNotOptimize(activity->GetValue("ActivityName"));
+      auto bag = properties_->GetPropertiesForEntity(activity->GetValue("ActivityID").ToLong());
+      while (bag->GetNext()) {
+        auto property = bag->CurrentItem();
+        benchmark::DoNotOptimize(property->GetValue("PropertyName"));
+        benchmark::DoNotOptimize(property->GetValue("Value"));
+        benchmark::DoNotOptimize(property->GetValue("Max"));
+        ++values;
+      }
+    }
+    return values;
+  }
+
+  void Delete(int32_t definition) { definitions_->Delete(definition); }
+
+ private:
+  std::shared_ptr<orvmysql::CMYSqlDP> handler_;
+  std::shared_ptr<orvmysql::IOrvDefinitionsDP> definitions_;
+  std::shared_ptr<orvmysql::IActivitiesDP> activities_;
+  std::shared_ptr<orvmysql::IPropertyValueDP> properties_;
+  long long readings_ = 0;
+};
+
+void SetStatements(benchmark::State& state, long long statements) {
+  state.counters["statements"] =
+      benchmark::Counter(static_cast<double>(statements), benchmark::Counter::kAvgIterations);
+}
+
+void BM_Definition_Store(benchmark::State& state) {
+  Session session;
+  long long statements = 0;
+  int n = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    const long long before = session.Statements();
+    state.ResumeTiming();
+    const int32_t definition = session.Store("store " + std::to_string(n++));
+    state.PauseTiming();
+    statements += session.Statements() - before;
+    session.Delete(definition);
+    state.ResumeTiming();
+  }
+  SetStatements(state, statements);
+}
+BENCHMARK(BM_Definition_Store)->Unit(benchmark::kMillisecond);
+
+void BM_Definition_ReadBack(benchmark::State& state) {
+  Session session;
+  const int32_t definition = session.Store("read back");
+  long long statements = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    const long long before = session.Statements();
+    state.ResumeTiming();
+    if (session.ReadBack(definition) != kActivities * kPropertiesPerActivity) {
+      state.SkipWithError("the definition did not read back whole");
+    }
+    state.PauseTiming();
+    statements += session.Statements() - before;
+    state.ResumeTiming();
+  }
+  SetStatements(state, statements);
+  session.Delete(definition);
+}
+BENCHMARK(BM_Definition_ReadBack)->Unit(benchmark::kMillisecond);
+
+void BM_Definition_CascadeDelete(benchmark::State& state) {
+  Session session;
+  long long statements = 0;
+  int n = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    const int32_t definition = session.Store("delete " + std::to_string(n++));
+    const long long before = session.Statements();
+    state.ResumeTiming();
+    session.Delete(definition);
+    state.PauseTiming();
+    statements += session.Statements() - before;
+    state.ResumeTiming();
+  }
+  SetStatements(state, statements);
+}
+BENCHMARK(BM_Definition_CascadeDelete)->Unit(benchmark::kMillisecond);
+
+}  // namespace
