@@ -83,8 +83,61 @@ std::optional<DateRange> RangeFor(const CCondition& condition, Date now) {
 }
 
 // NULL value of a date: only "not equal to" asks for a set column.
-std::string DateNullForm(const std::string& column, int comparison) {
-  return column + (comparison == dconotequalto ? " IS NOT NULL " : " IS NULL ");
+std::string_view DateNullForm(int comparison) {
+  return comparison == dconotequalto ? " IS NOT NULL " : " IS NULL ";
+}
+
+// How a date, date-time or time column writes its comparisons.
+struct ComparisonForms {
+  int (*comparison)(int32_t op);  // the comparison 1-6 an operator stands for, 0 for none
+  std::string_view (*null_form)(int comparison);
+  std::string (*compare)(const std::string& column, int comparison, Date value);
+};
+
+const ComparisonForms kDateTimeForms = {
+    &ComparisonOf, &DateNullForm, [](const std::string& column, int comparison, Date at) {
+      const auto f = [](Date d) { return ConvertDateTimeIntoSQLFormat(Variant(d)); };
+      // "Equals" and the bounds that include the value's day reach its last second.
+      switch (comparison) {
+        case dcoEqualto:
+        case dconotequalto:
+          return column + (comparison == dcoEqualto ? " BETWEEN " : " NOT BETWEEN ") + f(at) +
+                 " AND " + f(EndOfDay(at));
+        case dcoGreaterThan:
+        case dcoLessThanEqualTo:
+          return column + std::string(ComparisonSql(comparison)) + f(EndOfDay(at));
+        default:
+          return column + std::string(ComparisonSql(comparison)) + f(at);
+      }
+    }};
+
+// Dates take neither "before" nor "after".
+const ComparisonForms kDateForms = {
+    [](int32_t op) { return op == dcoBefore || op == dcoAfter ? 0 : ComparisonOf(op); },
+    &DateNullForm,
+    [](const std::string& column, int comparison, Date day) {
+      return column + std::string(ComparisonSql(comparison)) +
+             ConvertDateIntoSQLFormat(Variant(day));
+    }};
+
+const ComparisonForms kTimeForms = {&ComparisonOf, &NumericNullForm,
+                                    [](const std::string& column, int comparison, Date time) {
+                                      return column + std::string(ComparisonSql(comparison)) +
+                                             ConvertTimeIntoSQLFormat(Variant(time));
+                                    }};
+
+// The NULL tests and the comparisons of a date-like column; none for the
+// calendar operators and the refused ones.
+std::optional<std::string> Comparison(const CCondition& condition, const std::string& column,
+                                      const ComparisonForms& forms) {
+  const int32_t op = condition.Operator();
+  if (op == dcoNull) return column + " IS NULL ";
+  if (op == dcoNotNull) return column + " IS NOT NULL ";
+  const int comparison = forms.comparison(op);
+  if (comparison == 0) return std::nullopt;
+  const Variant value = ReadValue(condition, "NULL");
+  if (IsNullText(value)) return column + std::string(forms.null_form(comparison));
+  return forms.compare(column, comparison, value.ToDate());
 }
 
 }  // namespace
@@ -175,27 +228,7 @@ void SetFirstDayOfWeekForTesting(int day) {
 
 std::string GetDateTimeCondition(const CCondition& condition, const std::string& column) {
   return Guard({"CConditionToStringBuilder:GetDateTimeCondition method ("}, [&]() -> std::string {
-    const int32_t op = condition.Operator();
-    if (op == dcoNull) return column + " IS NULL ";
-    if (op == dcoNotNull) return column + " IS NOT NULL ";
-    if (const int comparison = ComparisonOf(op)) {
-      const Variant value = ReadValue(condition, "NULL");
-      if (IsNullText(value)) return DateNullForm(column, comparison);
-      const Date at = value.ToDate();
-      const auto f = [](Date d) { return ConvertDateTimeIntoSQLFormat(Variant(d)); };
-      // "Equals" and the bounds that include the value's day reach its last second.
-      switch (comparison) {
-        case dcoEqualto:
-        case dconotequalto:
-          return column + (comparison == dcoEqualto ? " BETWEEN " : " NOT BETWEEN ") + f(at) +
-                 " AND " + f(EndOfDay(at));
-        case dcoGreaterThan:
-        case dcoLessThanEqualTo:
-          return column + std::string(ComparisonSql(comparison)) + f(EndOfDay(at));
-        default:
-          return column + std::string(ComparisonSql(comparison)) + f(at);
-      }
-    }
+    if (auto sql = Comparison(condition, column, kDateTimeForms)) return *std::move(sql);
     if (const auto range = RangeFor(condition, Date::Now())) {
       return Between(column, *range, &ConvertDateTimeIntoSQLFormat);
     }
@@ -205,18 +238,10 @@ std::string GetDateTimeCondition(const CCondition& condition, const std::string&
 
 std::string GetDateCondition(const CCondition& condition, const std::string& column) {
   return Guard({"CConditionToStringBuilder:GetDateCondition method ("}, [&]() -> std::string {
-    const int32_t op = condition.Operator();
-    if (op == dcoNull) return column + " IS NULL ";
-    if (op == dcoNotNull) return column + " IS NOT NULL ";
-    const int comparison = op == dcoBefore || op == dcoAfter ? 0 : ComparisonOf(op);
-    if (comparison != 0) {
-      const Variant value = ReadValue(condition, "NULL");
-      if (IsNullText(value)) return DateNullForm(column, comparison);
-      return column + std::string(ComparisonSql(comparison)) +
-             ConvertDateIntoSQLFormat(Variant(value.ToDate()));
-    }
+    if (auto sql = Comparison(condition, column, kDateForms)) return *std::move(sql);
     // Date columns hold no time of day, so the ranges are taken from today's
     // midnight and written as dates.
+    const int32_t op = condition.Operator();
     if (op != dcoLastXHours && op != dcoNextXHours) {
       if (const auto range = RangeFor(condition, Date::Now().DateOnly())) {
         return Between(column, *range, &ConvertDateIntoSQLFormat);
@@ -228,15 +253,8 @@ std::string GetDateCondition(const CCondition& condition, const std::string& col
 
 std::string GetTimeCondition(const CCondition& condition, const std::string& column) {
   return Guard({"CConditionToStringBuilder:GetTimeCondition method ("}, [&]() -> std::string {
+    if (auto sql = Comparison(condition, column, kTimeForms)) return *std::move(sql);
     const int32_t op = condition.Operator();
-    if (op == dcoNull) return column + " IS NULL ";
-    if (op == dcoNotNull) return column + " IS NOT NULL ";
-    if (const int comparison = ComparisonOf(op)) {
-      const Variant value = ReadValue(condition, "NULL");
-      if (IsNullText(value)) return column + std::string(NumericNullForm(comparison));
-      return column + std::string(ComparisonSql(comparison)) +
-             ConvertTimeIntoSQLFormat(Variant(value.ToDate()));
-    }
     if (op == dcoLastXHours || op == dcoNextXHours) {
       return Between(column, *RangeFor(condition, Date::Now()), &ConvertDateTimeIntoSQLFormat);
     }
