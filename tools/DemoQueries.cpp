@@ -4,7 +4,6 @@
 #include <memory>
 #include <string>
 
-#include "orvmysql/Query.h"
 #include "orvmysql/orvmysql.h"
 #include "query/EntityFilters.h"
 #include "tools/Demo.h"

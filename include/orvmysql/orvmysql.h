@@ -2,10 +2,14 @@
 
 // The whole public API of orvmysql.
 
+#include "orvmysql/Attributes.h"
+#include "orvmysql/ConditionBuilder.h"
 #include "orvmysql/Connection.h"
 #include "orvmysql/DataHandler.h"
 #include "orvmysql/Error.h"
 #include "orvmysql/Keys.h"
 #include "orvmysql/List.h"
 #include "orvmysql/Object.h"
+#include "orvmysql/Query.h"
 #include "orvmysql/Variant.h"
+#include "orvmysql/Visitor.h"

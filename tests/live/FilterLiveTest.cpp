@@ -36,6 +36,11 @@ const std::string kActivityHead =
     "SELECT tblActivityInstance.*,tblActivities.ActivityName  FROM tblActivityInstance INNER "
     "JOIN tblActivities ON tblActivityInstance.FKActivityID = tblActivities.ActivityID ";
 
+std::string WorkitemStatement(const std::string& filter) {
+  std::shared_ptr<CAttributes> map;
+  return ParseWorkitemFilter(filter, map);
+}
+
 std::string MessageStatement(const std::string& filter) {
   std::shared_ptr<CAttributes> map;
   const MessageFilter parts = ParseMessageFilter(filter, map);
@@ -46,16 +51,8 @@ std::string MessageStatement(const std::string& filter) {
 
 std::vector<Entity> Entities() {
   return {
-      {"tblWorkitems", &WorkitemAttributes,
-       [](const std::string& filter) {
-         std::shared_ptr<CAttributes> map;
-         return ParseWorkitemFilter(filter, map);
-       }},
-      {"vWorkitemsProcess", &WorkitemAttributes,
-       [](const std::string& filter) {
-         std::shared_ptr<CAttributes> map;
-         return ParseWorkitemFilter(filter, map);
-       }},
+      {"tblWorkitems", &WorkitemAttributes, &WorkitemStatement},
+      {"vWorkitemsProcess", &WorkitemAttributes, &WorkitemStatement},
       {"", &ProcInstanceAttributes,
        [](const std::string& filter) {
          std::shared_ptr<CAttributes> map;
@@ -233,13 +230,10 @@ TEST_F(FilterLive, StatementsFindTheRowsTheyDescribe) {
                 dloOr, {Cond("CreatedOn", dcoLastXDays, 1), Cond("FKProcDefID", dcoEqualto, 2)})),
             3);
 
-  std::shared_ptr<CAttributes> map;
-  EXPECT_EQ(
-      Rows(ParseWorkitemFilter(
-          Document("vWorkitemsProcess", Group(dloAnd, {Cond("CreatorName", dcoEqualto, "Bob"),
-                                                       Cond("DisplayName", dcoContains, "prove")})),
-          map)),
-      1);
+  EXPECT_EQ(Rows(WorkitemStatement(Document(
+                "vWorkitemsProcess", Group(dloAnd, {Cond("CreatorName", dcoEqualto, "Bob"),
+                                                    Cond("DisplayName", dcoContains, "prove")})))),
+            1);
   EXPECT_EQ(Rows(MessageStatement(
                 Document("", Group(dloAnd, {Cond("RecepientName", dcoEqualto, "Ann")})))),
             2);

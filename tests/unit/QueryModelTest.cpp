@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "QueryTestSupport.h"
-#include "orvmysql/ConditionBuilder.h"
 
 namespace orvtest {
 namespace {
@@ -138,19 +137,6 @@ TEST(QueryModelTest, AVisitorErrorPassesEachNodeOnItsWayOut) {
               MatchesRegex("Overflow => \r\nCCondition:ILeaf_Accept Ln [0-9]+"
                            " => \r\nCConditionExpression:IComposite_Accept Ln [0-9]+"
                            " => \r\nCConditionExpression:IComposite_Accept Ln [0-9]+"));
-}
-
-TEST(QueryModelTest, QueryClassesAreCreatableByName) {
-  EXPECT_NE(CreateObjectAs<CQuery>("orvmysql.CQuery"), nullptr);
-  EXPECT_NE(CreateObjectAs<ILeafNode>("orvmysql.CCondition"), nullptr);
-  EXPECT_NE(CreateObjectAs<ICompositeNode>("orvmysql.CConditionExpression"), nullptr);
-  EXPECT_NE(CreateObjectAs<COrderExpression>("orvmysql.COrderExpression"), nullptr);
-  EXPECT_NE(CreateObjectAs<CConditions>("orvmysql.CConditions"), nullptr);
-  EXPECT_NE(CreateObjectAs<CConditionExpressionList>("orvmysql.CConditionExpressionList"), nullptr);
-  EXPECT_NE(CreateObjectAs<COrderExpressionList>("orvmysql.COrderExpressionList"), nullptr);
-  EXPECT_NE(CreateObjectAs<IVisitor>("orvmysql.CConditionToStringBuilder"), nullptr);
-  EXPECT_NE(CreateObjectAs<CAttributes>("orvmysql.CAttributes"), nullptr);
-  EXPECT_NE(CreateObjectAs<CAttribute>("orvmysql.CAttribute"), nullptr);
 }
 
 }  // namespace
