@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <cstring>
 
 #include "access/ErrorHandling.h"
 #include "access/General.h"
@@ -45,8 +46,16 @@ Date StartOfWeek(Date d, int first_weekday) {
   return AddDays(1 - WeekdayFrom(d, first_weekday), d).DateOnly();
 }
 
+// The program's LC_TIME locale when it has chosen one, else the environment's.
+locale_t HostTimeLocale() {
+  const char* chosen = setlocale(LC_TIME, nullptr);
+  const bool plain =
+      chosen == nullptr || std::strcmp(chosen, "C") == 0 || std::strcmp(chosen, "POSIX") == 0;
+  return newlocale(LC_TIME_MASK, plain ? "" : chosen, static_cast<locale_t>(nullptr));
+}
+
 int HostFirstDayOfWeek() {
-  locale_t host = newlocale(LC_TIME_MASK, "", static_cast<locale_t>(nullptr));
+  locale_t host = HostTimeLocale();
   if (host == static_cast<locale_t>(nullptr)) return 1;
   // The locale's day names start at the weekday of the date week_1stday
   // (yyyymmdd); first_weekday is the 1-based index of the week's first day

@@ -24,8 +24,9 @@ bool IsCountOperator(int32_t op);
 // next week; none for any other operator. x is the count of 33-42.
 std::optional<DateRange> CalendarRange(int32_t op, Date now, int first_weekday, int32_t x);
 
-// The first day of the week from the host's regional setting (LC_TIME of the
-// environment), 1 = Sunday ... 7 = Saturday; Sunday when none is set.
+// The first day of the week from the host's regional setting (the program's
+// LC_TIME locale, else the environment's), read once: 1 = Sunday ... 7 =
+// Saturday; Sunday when none is set.
 int FirstDayOfWeek();
 // Replaces the host's first day of the week (0 restores it). For tests.
 void SetFirstDayOfWeekForTesting(int day);
