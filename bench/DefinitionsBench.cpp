@@ -115,6 +115,19 @@ class Session {
   long long readings_ = 0;
 };
 
+// Runs work with the timer on and adds the statements it ran to the count,
+// reading the server's counter with the timer off.
+template <class Work>
+void Counted(benchmark::State& state, Session& session, long long& statements, Work&& work) {
+  state.PauseTiming();
+  const long long before = session.Statements();
+  state.ResumeTiming();
+  work();
+  state.PauseTiming();
+  statements += session.Statements() - before;
+  state.ResumeTiming();
+}
+
 void SetStatements(benchmark::State& state, long long statements) {
   state.counters["statements"] =
       benchmark::Counter(static_cast<double>(statements), benchmark::Counter::kAvgIterations);
@@ -125,12 +138,10 @@ void BM_Definition_Store(benchmark::State& state) {
   long long statements = 0;
   int n = 0;
   for (auto _ : state) {
+    int32_t definition = 0;
+    Counted(state, session, statements,
+            [&] { definition = session.Store("store " + std::to_string(n++)); });
     state.PauseTiming();
-    const long long before = session.Statements();
-    state.ResumeTiming();
-    const int32_t definition = session.Store("store " + std::to_string(n++));
-    state.PauseTiming();
-    statements += session.Statements() - before;
     session.Delete(definition);
     state.ResumeTiming();
   }
@@ -143,15 +154,11 @@ void BM_Definition_ReadBack(benchmark::State& state) {
   const int32_t definition = session.Store("read back");
   long long statements = 0;
   for (auto _ : state) {
-    state.PauseTiming();
-    const long long before = session.Statements();
-    state.ResumeTiming();
-    if (session.ReadBack(definition) != kActivities * kPropertiesPerActivity) {
-      state.SkipWithError("the definition did not read back whole");
-    }
-    state.PauseTiming();
-    statements += session.Statements() - before;
-    state.ResumeTiming();
+    Counted(state, session, statements, [&] {
+      if (session.ReadBack(definition) != kActivities * kPropertiesPerActivity) {
+        state.SkipWithError("the definition did not read back whole");
+      }
+    });
   }
   SetStatements(state, statements);
   session.Delete(definition);
@@ -165,12 +172,8 @@ void BM_Definition_CascadeDelete(benchmark::State& state) {
   for (auto _ : state) {
     state.PauseTiming();
     const int32_t definition = session.Store("delete " + std::to_string(n++));
-    const long long before = session.Statements();
     state.ResumeTiming();
-    session.Delete(definition);
-    state.PauseTiming();
-    statements += session.Statements() - before;
-    state.ResumeTiming();
+    Counted(state, session, statements, [&] { session.Delete(definition); });
   }
   SetStatements(state, statements);
 }

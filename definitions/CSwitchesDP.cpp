@@ -48,31 +48,6 @@ constexpr defs::KeyedTable kTable{
 
 }  // namespace
 
-// ISwitchesDP
-
-int32_t CSwitchesDP::Add(const FieldArray& fields) {
-  return AddRow(kTable, fields);
-}
-
-bool CSwitchesDP::Update(int32_t switch_id, const FieldArray& fields) {
-  return UpdateRow(kTable, switch_id, fields) > 0;
-}
-
-bool CSwitchesDP::Delete(int32_t switch_id, int32_t definition_id) {
-  DeleteRows(kTable, switch_id, definition_id);
-  return true;
-}
-
-std::shared_ptr<IListIterator> CSwitchesDP::GetByID(int32_t switch_id) {
-  return RowsByKey(kTable, switch_id);
-}
-
-std::shared_ptr<IListIterator> CSwitchesDP::GetForProcess(int32_t definition_id) {
-  return RowsByOwner(kTable, definition_id);
-}
-
-std::shared_ptr<IListIterator> CSwitchesDP::Load(const std::string& filter) {
-  return RowsLoad(kTable, filter);
-}
+CSwitchesDP::CSwitchesDP() : GraphRowsDP(kTable) {}
 
 }  // namespace orvmysql

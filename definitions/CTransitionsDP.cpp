@@ -51,31 +51,6 @@ constexpr defs::KeyedTable kTable{
 
 }  // namespace
 
-// ITransitionsDP
-
-int32_t CTransitionsDP::Add(const FieldArray& fields) {
-  return AddRow(kTable, fields);
-}
-
-bool CTransitionsDP::Update(int32_t transition_id, const FieldArray& fields) {
-  return UpdateRow(kTable, transition_id, fields) > 0;
-}
-
-bool CTransitionsDP::Delete(int32_t transition_id, int32_t definition_id) {
-  DeleteRows(kTable, transition_id, definition_id);
-  return true;
-}
-
-std::shared_ptr<IListIterator> CTransitionsDP::GetByID(int32_t transition_id) {
-  return RowsByKey(kTable, transition_id);
-}
-
-std::shared_ptr<IListIterator> CTransitionsDP::GetForProcess(int32_t definition_id) {
-  return RowsByOwner(kTable, definition_id);
-}
-
-std::shared_ptr<IListIterator> CTransitionsDP::Load(const std::string& filter) {
-  return RowsLoad(kTable, filter);
-}
+CTransitionsDP::CTransitionsDP() : GraphRowsDP(kTable) {}
 
 }  // namespace orvmysql

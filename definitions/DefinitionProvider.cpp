@@ -1,5 +1,7 @@
 #include "definitions/DefinitionProvider.h"
 
+#include <numeric>
+
 #include "access/General.h"
 #include "access/SqlValues.h"
 
@@ -51,12 +53,9 @@ std::string Assignments(std::span<const Assignment> set, const std::vector<std::
 }
 
 std::string Joined(const std::vector<std::string>& values, std::size_t first, std::size_t last) {
-  std::string text;
-  for (std::size_t i = first; i < last; ++i) {
-    if (i > first) text += ',';
-    text += values.at(i);
-  }
-  return text;
+  std::vector<std::size_t> order(last - first);
+  std::iota(order.begin(), order.end(), first);
+  return Joined(values, order);
 }
 
 std::string Joined(const std::vector<std::string>& values, std::span<const std::size_t> order) {

@@ -146,10 +146,28 @@ class ORVMYSQL_EXPORT IActivitiesDP : public virtual IObject {
                       const FieldArray& fields) = 0;
 };
 
+// Rows of a definition's graph: transitions and switches. Each row has a key
+// from GetNextID and belongs to one definition.
+class ORVMYSQL_EXPORT IGraphRowsDP : public virtual IObject {
+ public:
+  // Inserts a row; returns its new key, or -1 when no row was inserted.
+  virtual int32_t Add(const FieldArray& fields) = 0;
+  // Writes every position to the row; true when the row exists.
+  virtual bool Update(int32_t id, const FieldArray& fields) = 0;
+  // With definition_id < 1, deletes the one row; otherwise every row of that
+  // definition (id is then ignored). Always true.
+  virtual bool Delete(int32_t id, int32_t definition_id) = 0;
+  virtual std::shared_ptr<IListIterator> GetByID(int32_t id) = 0;
+  // The rows of a definition.
+  virtual std::shared_ptr<IListIterator> GetForProcess(int32_t definition_id) = 0;
+  // Rows matching the caller's trusted SQL tail.
+  virtual std::shared_ptr<IListIterator> Load(const std::string& filter) = 0;
+};
+
 // Transitions of a definition's graph, tblTransitions (data-source code 5,
-// CTransitionsDP). A transition leads from one node to another; a node is an
-// activity or a switch, told apart by the node type (for a switch, its
-// SwitchType).
+// CTransitionsDP), keyed by TransitionID. A transition leads from one node to
+// another; a node is an activity or a switch, told apart by the node type
+// (for a switch, its SwitchType).
 //
 // Field array of Add and Update (7 positions):
 //
@@ -162,25 +180,11 @@ class ORVMYSQL_EXPORT IActivitiesDP : public virtual IObject {
 // | 4   | TransitionCondition | quoted, NULL when empty |
 // | 5   | FKProcDefinitionID  | integer                 |
 // | 6   | TransitionProcDefID | quoted 255              |
-class ORVMYSQL_EXPORT ITransitionsDP : public virtual IObject {
- public:
-  // Inserts a transition; returns its new TransitionID, or -1 when no row was
-  // inserted.
-  virtual int32_t Add(const FieldArray& fields) = 0;
-  // Writes every position to the row; true when the row exists.
-  virtual bool Update(int32_t transition_id, const FieldArray& fields) = 0;
-  // With definition_id < 1, deletes the one transition; otherwise every
-  // transition of that definition (transition_id is then ignored). Always true.
-  virtual bool Delete(int32_t transition_id, int32_t definition_id) = 0;
-  virtual std::shared_ptr<IListIterator> GetByID(int32_t transition_id) = 0;
-  // The transitions of a definition.
-  virtual std::shared_ptr<IListIterator> GetForProcess(int32_t definition_id) = 0;
-  // Transitions matching the caller's trusted SQL tail.
-  virtual std::shared_ptr<IListIterator> Load(const std::string& filter) = 0;
-};
+class ORVMYSQL_EXPORT ITransitionsDP : public virtual IGraphRowsDP {};
 
 // Switches of a definition's graph, tblSwitches (data-source code 6,
-// CSwitchesDP). The definition's start node is its switch with SwitchType 2.
+// CSwitchesDP), keyed by SwitchID. The definition's start node is its switch
+// with SwitchType 2.
 //
 // Field array of Add and Update (4 positions):
 //
@@ -190,21 +194,7 @@ class ORVMYSQL_EXPORT ITransitionsDP : public virtual IObject {
 // | 1   | DisplayName        | quoted 255, NULL when empty |
 // | 2   | FKProcDefinitionID | integer                     |
 // | 3   | SwitchProcDefID    | quoted 255                  |
-class ORVMYSQL_EXPORT ISwitchesDP : public virtual IObject {
- public:
-  // Inserts a switch; returns its new SwitchID, or -1 when no row was inserted.
-  virtual int32_t Add(const FieldArray& fields) = 0;
-  // Writes every position to the row; true when the row exists.
-  virtual bool Update(int32_t switch_id, const FieldArray& fields) = 0;
-  // With definition_id < 1, deletes the one switch; otherwise every switch of
-  // that definition (switch_id is then ignored). Always true.
-  virtual bool Delete(int32_t switch_id, int32_t definition_id) = 0;
-  virtual std::shared_ptr<IListIterator> GetByID(int32_t switch_id) = 0;
-  // The switches of a definition.
-  virtual std::shared_ptr<IListIterator> GetForProcess(int32_t definition_id) = 0;
-  // Switches matching the caller's trusted SQL tail.
-  virtual std::shared_ptr<IListIterator> Load(const std::string& filter) = 0;
-};
+class ORVMYSQL_EXPORT ISwitchesDP : public virtual IGraphRowsDP {};
 
 // Parameter declarations of a definition, tblProcessParams (data-source code
 // 24, CProcessParamsDP).
