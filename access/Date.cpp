@@ -110,8 +110,9 @@ Date LocalClock() {
   std::tm tm{};
   localtime_r(&now, &tm);
   // tm_sec is 60 during a leap second.
+  const int second = tm.tm_sec > 59 ? 59 : tm.tm_sec;
   return Date::FromParts(tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday, tm.tm_hour, tm.tm_min,
-                         std::min(tm.tm_sec, 59));
+                         second);
 }
 
 }  // namespace

@@ -25,6 +25,8 @@ int main() {
     handler->Init(server->Address().Connector(database));
 
     orvdemo::DemoFoundation(*handler, out);
+    orvdemo::DemoDefinitions(*handler, out);
+    orvdemo::DemoQueries(*handler, out);
 
     devkit::AdminExecute(server->Address(), "DROP DATABASE `" + database + "`");
     out << "\nDropped database " << database << ". Done.\n";

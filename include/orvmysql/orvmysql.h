@@ -6,6 +6,7 @@
 #include "orvmysql/ConditionBuilder.h"
 #include "orvmysql/Connection.h"
 #include "orvmysql/DataHandler.h"
+#include "orvmysql/Definitions.h"
 #include "orvmysql/Error.h"
 #include "orvmysql/Keys.h"
 #include "orvmysql/List.h"
