@@ -54,6 +54,9 @@ unsigned FreeLoopbackPort() {
 
 // Starts the program with the arguments; the child dies with this process.
 pid_t Spawn(const std::vector<std::string>& args, const fs::path& input, const fs::path& output) {
+  // The child re-opens stdout; unwritten output of this process must not be
+  // written a second time from the child's copy of the buffers.
+  std::fflush(nullptr);
   const pid_t pid = fork();
   if (pid < 0) throw std::runtime_error("fork() failed");
   if (pid == 0) {
