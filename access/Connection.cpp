@@ -5,7 +5,6 @@
 
 #include <charconv>
 #include <cstring>
-#include <source_location>
 
 #include "access/ErrorHandling.h"
 #include "access/RSList.h"
@@ -297,9 +296,9 @@ std::shared_ptr<IListIterator> CConnection::Execute(const std::string& sql) {
   return detail::Guard(
       {"CConnection:Execute Function Ln ", false, &sql},
       [&] {
-        detail::MarkLine(std::source_location::current());
+        detail::MarkLine(__LINE__);
         OpenConn();
-        detail::MarkLine(std::source_location::current());
+        detail::MarkLine(__LINE__);
         auto recordset = Run(sql, nullptr);
         Close();
         auto list = std::make_shared<CRSList>();
@@ -313,10 +312,10 @@ int32_t CConnection::ExecuteNonQuery(const std::string& sql) {
   return detail::Guard(
       {"CDB:ExecuteNonQuery Ln ", false, &sql},
       [&] {
-        detail::MarkLine(std::source_location::current());
+        detail::MarkLine(__LINE__);
         OpenConn();
         int32_t affected = 0;
-        detail::MarkLine(std::source_location::current());
+        detail::MarkLine(__LINE__);
         Run(sql, &affected);
         Close();
         return affected;
@@ -328,9 +327,9 @@ std::string CConnection::ExecuteScalar(const std::string& sql, const std::string
   return detail::Guard(
       {"CDB:ExecuteScalar Ln ", false, &sql},
       [&] {
-        detail::MarkLine(std::source_location::current());
+        detail::MarkLine(__LINE__);
         OpenConn();
-        detail::MarkLine(std::source_location::current());
+        detail::MarkLine(__LINE__);
         if (mysql_real_query(db_.get(), sql.data(), sql.size()) != 0)
           throw DatabaseError(db_.get());
         std::unique_ptr<MYSQL_RES, ResultCloser> result(mysql_store_result(db_.get()));

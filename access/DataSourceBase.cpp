@@ -16,41 +16,39 @@ IConnection& DataSourceBase::Conn() const {
   return *connection_;
 }
 
-std::shared_ptr<IListIterator> DataSourceBase::Rows(const std::string& sql,
-                                                    const std::source_location& where) {
-  detail::MarkLine(where);
+std::shared_ptr<IListIterator> DataSourceBase::Rows(const std::string& sql, int line) {
+  detail::MarkLine(line);
   return Conn().Execute(sql);
 }
 
-int32_t DataSourceBase::NonQuery(const std::string& sql, const std::source_location& where) {
-  detail::MarkLine(where);
+int32_t DataSourceBase::NonQuery(const std::string& sql, int line) {
+  detail::MarkLine(line);
   return Conn().ExecuteNonQuery(sql);
 }
 
 std::string DataSourceBase::Scalar(const std::string& sql, const std::string& default_value,
-                                   const std::source_location& where) {
-  detail::MarkLine(where);
+                                   int line) {
+  detail::MarkLine(line);
   return Conn().ExecuteScalar(sql, default_value);
 }
 
-std::string DataSourceBase::NextID(int32_t entity_type_code, const std::source_location& where) {
-  detail::MarkLine(where);
+std::string DataSourceBase::NextID(int32_t entity_type_code, int line) {
+  detail::MarkLine(line);
   return GetNextID(Conn(), entity_type_code);
 }
 
-bool DataSourceBase::RowExists(const std::string& table, const std::string& condition,
-                               const std::source_location& where) {
-  detail::MarkLine(where);
+bool DataSourceBase::RowExists(const std::string& table, const std::string& condition, int line) {
+  detail::MarkLine(line);
   return Exists(Conn(), table, condition);
 }
 
-void DataSourceBase::StartSession(const std::source_location& where) {
-  detail::MarkLine(where);
+void DataSourceBase::StartSession(int line) {
+  detail::MarkLine(line);
   Conn().StartSession();
 }
 
-void DataSourceBase::EndSession(const std::source_location& where) {
-  detail::MarkLine(where);
+void DataSourceBase::EndSession(int line) {
+  detail::MarkLine(line);
   Conn().EndSession(true);
 }
 

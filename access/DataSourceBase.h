@@ -4,7 +4,6 @@
 // and statement helpers that record the calling line for the error trail.
 
 #include <memory>
-#include <source_location>
 #include <string>
 
 #include "access/ErrorHandling.h"
@@ -24,18 +23,15 @@ class DataSourceBase : public virtual IDataSource {
   // The connection; raises error 91 when Init was never called.
   IConnection& Conn() const;
 
-  std::shared_ptr<IListIterator> Rows(
-      const std::string& sql, const std::source_location& where = std::source_location::current());
-  int32_t NonQuery(const std::string& sql,
-                   const std::source_location& where = std::source_location::current());
+  std::shared_ptr<IListIterator> Rows(const std::string& sql, int line = __builtin_LINE());
+  int32_t NonQuery(const std::string& sql, int line = __builtin_LINE());
   std::string Scalar(const std::string& sql, const std::string& default_value,
-                     const std::source_location& where = std::source_location::current());
-  std::string NextID(int32_t entity_type_code,
-                     const std::source_location& where = std::source_location::current());
+                     int line = __builtin_LINE());
+  std::string NextID(int32_t entity_type_code, int line = __builtin_LINE());
   bool RowExists(const std::string& table, const std::string& condition,
-                 const std::source_location& where = std::source_location::current());
-  void StartSession(const std::source_location& where = std::source_location::current());
-  void EndSession(const std::source_location& where = std::source_location::current());
+                 int line = __builtin_LINE());
+  void StartSession(int line = __builtin_LINE());
+  void EndSession(int line = __builtin_LINE());
 
  private:
   std::shared_ptr<IConnection> connection_;

@@ -7,11 +7,11 @@
 // and ")"; all others just the number.
 //
 // The line number is the line of the last statement call the body marked with
-// MarkLine (the statement helpers do that), or else the line where the body
-// was guarded.
+// MarkLine (the statement helpers do that, taking their caller's line through a
+// __builtin_LINE() default argument), or else the line where the body was
+// guarded.
 
 #include <initializer_list>
-#include <source_location>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -45,9 +45,6 @@ class LineFrame {
 
 // Records the line of the call about to be made in the innermost guarded operation.
 void MarkLine(int line);
-inline void MarkLine(const std::source_location& where) {
-  MarkLine(static_cast<int>(where.line()));
-}
 
 // Converts the exception in flight into an Error (a foreign exception becomes
 // run-time error 7 or 51), applies the handler and throws it. Call only from a
@@ -58,9 +55,8 @@ inline void MarkLine(const std::source_location& where) {
 Error CurrentError();
 
 template <class Body>
-decltype(auto) Guard(const Handler& handler, Body&& body,
-                     const std::source_location& where = std::source_location::current()) {
-  LineFrame frame(static_cast<int>(where.line()));
+decltype(auto) Guard(const Handler& handler, Body&& body, int line = __builtin_LINE()) {
+  LineFrame frame(line);
   try {
     return std::forward<Body>(body)();
   } catch (...) {
@@ -72,8 +68,8 @@ decltype(auto) Guard(const Handler& handler, Body&& body,
 // before the error is raised again.
 template <class Body, class Cleanup>
 decltype(auto) Guard(const Handler& handler, Body&& body, Cleanup&& cleanup,
-                     const std::source_location& where = std::source_location::current()) {
-  LineFrame frame(static_cast<int>(where.line()));
+                     int line = __builtin_LINE()) {
+  LineFrame frame(line);
   try {
     return std::forward<Body>(body)();
   } catch (...) {

@@ -4,7 +4,6 @@
 
 #include <cstdio>
 #include <limits>
-#include <source_location>
 
 #include "access/ErrorHandling.h"
 
@@ -142,7 +141,7 @@ std::string EscapeLikeString(std::string_view text) {
 std::string GetNextID(IConnection& connection, int32_t entity_type_code) {
   return detail::Guard({"GetNextID Ln "}, [&] {
     const std::string code = std::to_string(entity_type_code);
-    detail::MarkLine(std::source_location::current());
+    detail::MarkLine(__LINE__);
     auto rows = connection.Execute(
         " SELECT LastAllocatedKey,Seed,Increment,`Offset` FROM tblKeyGen WHERE EntityTypeCode = " +
         code);
@@ -161,7 +160,7 @@ std::string GetNextID(IConnection& connection, int32_t entity_type_code) {
       // Optimistic compare-and-set: a competing writer that took a key first
       // makes the update miss, and the key after it is tried, six keys at most.
       do {
-        detail::MarkLine(std::source_location::current());
+        detail::MarkLine(__LINE__);
         affected = connection.ExecuteNonQuery(
             " UPDATE tblKeyGen SET LastAllocatedKey = " + std::to_string(next) +
             " WHERE EntityTypeCode = " + code + " AND LastAllocatedKey = " + std::to_string(last));
@@ -172,7 +171,7 @@ std::string GetNextID(IConnection& connection, int32_t entity_type_code) {
     }
     rows.reset();
     if (attempts > 0 && attempts < 6 && affected == 1) return std::to_string(last);
-    detail::MarkLine(std::source_location::current());
+    detail::MarkLine(__LINE__);
     detail::RaiseError(kMsgPrimaryKey, "GetNextID");
   });
 }

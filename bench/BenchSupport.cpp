@@ -20,7 +20,8 @@ struct Context {
   }
   ~Context() {
     try {
-      orvmysql::devkit::AdminExecute(server->Address(), "DROP DATABASE IF EXISTS `" + database + "`");
+      orvmysql::devkit::AdminExecute(server->Address(),
+                                     "DROP DATABASE IF EXISTS `" + database + "`");
     } catch (const std::exception&) {
     }
   }
@@ -33,9 +34,13 @@ Context& Shared() {
 
 }  // namespace
 
-const orvmysql::devkit::ServerAddress& Server() { return Shared().server->Address(); }
+const orvmysql::devkit::ServerAddress& Server() {
+  return Shared().server->Address();
+}
 
-const std::string& Database() { return Shared().database; }
+const std::string& Database() {
+  return Shared().database;
+}
 
 std::shared_ptr<orvmysql::CMYSqlDP> NewHandler() {
   auto handler = std::make_shared<orvmysql::CMYSqlDP>();
@@ -46,10 +51,10 @@ std::shared_ptr<orvmysql::CMYSqlDP> NewHandler() {
 long long StatementCount(orvmysql::IConnection& connection) {
   // Reading the counter is itself one statement; the caller's difference of
   // two readings therefore includes one, which callers subtract.
-  return std::stoll(connection.ExecuteScalar(
-      "SELECT VARIABLE_VALUE FROM information_schema.SESSION_STATUS "
-      "WHERE VARIABLE_NAME = 'QUESTIONS'",
-      "0"));
+  return std::stoll(
+      connection.ExecuteScalar("SELECT VARIABLE_VALUE FROM information_schema.SESSION_STATUS "
+                               "WHERE VARIABLE_NAME = 'QUESTIONS'",
+                               "0"));
 }
 
 }  // namespace orvbench

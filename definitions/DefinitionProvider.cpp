@@ -77,7 +77,7 @@ namespace orvmysql {
 
 int32_t DefinitionProvider::InsertWithNewKey(
     int32_t entity_type_code, const std::function<std::string(const std::string& key)>& statement,
-    const Where& where) {
+    Where where) {
   return InSession(
       [&] {
         const std::string key = NextID(entity_type_code, where);
@@ -89,7 +89,7 @@ int32_t DefinitionProvider::InsertWithNewKey(
 
 std::shared_ptr<IListIterator> DefinitionProvider::RowsWhere(std::string_view select,
                                                              std::string_view filter, int32_t id,
-                                                             const Where& where) {
+                                                             Where where) {
   std::string text(select);
   text += filter;
   text += std::to_string(id);
@@ -98,7 +98,7 @@ std::shared_ptr<IListIterator> DefinitionProvider::RowsWhere(std::string_view se
 
 std::shared_ptr<IListIterator> DefinitionProvider::RowsWithTail(std::string_view select,
                                                                 const std::string& tail,
-                                                                const Where& where) {
+                                                                Where where) {
   return Rows(std::string(select) + " " + tail, where);
 }
 

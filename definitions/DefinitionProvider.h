@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <source_location>
 #include <span>
 #include <string>
 #include <string_view>
@@ -100,19 +99,19 @@ namespace orvmysql {
 
 class DefinitionProvider : public DataSourceBase {
  protected:
-  using Where = std::source_location;
+  using Where = int;  // a source line, recorded for the error trail
 
   // Runs body between StartSession and EndSession. When body fails the
   // session is ended all the same, so that a failed operation never leaves
   // the connection held open; the failure then goes on unchanged.
   template <class Body>
-  auto InSession(Body&& body, const Where& where = Where::current());
+  auto InSession(Body&& body, Where where = __builtin_LINE());
 
   // In one session: a new key for the entity type, then the INSERT that
   // statement(key) builds. Returns the key, or -1 when no row was inserted.
   int32_t InsertWithNewKey(int32_t entity_type_code,
                            const std::function<std::string(const std::string& key)>& statement,
-                           const Where& where = Where::current());
+                           Where where = __builtin_LINE());
 
   // The operations of a keyed table, each under its own location text.
   // AddRow returns the new key or -1; UpdateRow the number of rows matched.
@@ -128,10 +127,10 @@ class DefinitionProvider : public DataSourceBase {
   // select + filter + id in decimal, for example
   // "SELECT ... FROM tblSwitches " + " WHERE SwitchID = " + "12".
   std::shared_ptr<IListIterator> RowsWhere(std::string_view select, std::string_view filter,
-                                           int32_t id, const Where& where = Where::current());
+                                           int32_t id, Where where = __builtin_LINE());
   // select + " " + the caller's tail, passed on unchanged (trusted SQL).
   std::shared_ptr<IListIterator> RowsWithTail(std::string_view select, const std::string& tail,
-                                              const Where& where = Where::current());
+                                              Where where = __builtin_LINE());
 
  private:
   // Ends the session without marking a line, dropping any error: used only
@@ -140,7 +139,7 @@ class DefinitionProvider : public DataSourceBase {
 };
 
 template <class Body>
-auto DefinitionProvider::InSession(Body&& body, const Where& where) {
+auto DefinitionProvider::InSession(Body&& body, Where where) {
   StartSession(where);
   struct Ender {
     DefinitionProvider* owner;

@@ -4,7 +4,6 @@
 // operation keeps its number and source, and its description is extended by
 // " => \r\n" + the operation's context text + the line number.
 
-#include <source_location>
 #include <string_view>
 #include <utility>
 
@@ -17,10 +16,9 @@ namespace orvmysql::detail {
 [[noreturn]] void ReraiseWithContext(std::string_view context, int line);
 
 template <class Body>
-decltype(auto) GuardDescription(
-    std::string_view context, Body&& body,
-    const std::source_location& where = std::source_location::current()) {
-  LineFrame frame(static_cast<int>(where.line()));
+decltype(auto) GuardDescription(std::string_view context, Body&& body,
+                                int line = __builtin_LINE()) {
+  LineFrame frame(line);
   try {
     return std::forward<Body>(body)();
   } catch (...) {
