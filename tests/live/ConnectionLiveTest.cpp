@@ -5,6 +5,7 @@
 
 #include "access/Connection.h"
 #include "access/General.h"
+#include "support/ErrorCapture.h"
 #include "support/LiveDb.h"
 
 using namespace orvmysql;
@@ -23,16 +24,6 @@ class ConnectionLive : public orvtest::LiveTest {
     auto c = std::make_shared<CConnection>();
     c->Init(Db().Connector());
     return c;
-  }
-
-  static Error Catch(const std::function<void()>& f) {
-    try {
-      f();
-    } catch (const Error& e) {
-      return e;
-    }
-    ADD_FAILURE() << "no error raised";
-    return Error(0, "", "");
   }
 };
 
@@ -96,7 +87,7 @@ TEST_F(ConnectionLive, ValuesComeBackTyped) {
 
 TEST_F(ConnectionLive, SqlErrorCarriesStatementServerCodeAndTrail) {
   auto c = Fresh();
-  const Error e = Catch([&] { c->Execute("SELEC nothing"); });
+  const Error e = orvtest::Raised([&] { c->Execute("SELEC nothing"); });
   EXPECT_EQ(e.Number(), kErrDatabase);
   EXPECT_EQ(e.NativeError(), 1064u);
   EXPECT_EQ(e.SqlState(), "42000");
@@ -105,8 +96,9 @@ TEST_F(ConnectionLive, SqlErrorCarriesStatementServerCodeAndTrail) {
   EXPECT_FALSE(c->IsOpen());
 
   c->StartSession();
-  EXPECT_EQ(Catch([&] { c->ExecuteNonQuery("UPDATE nowhere SET x=1"); }).NativeError(), 1146u);
-  EXPECT_EQ(Catch([&] { c->ExecuteScalar("SELECT", ""); }).NativeError(), 1064u);
+  EXPECT_EQ(orvtest::Raised([&] { c->ExecuteNonQuery("UPDATE nowhere SET x=1"); }).NativeError(),
+            1146u);
+  EXPECT_EQ(orvtest::Raised([&] { c->ExecuteScalar("SELECT", ""); }).NativeError(), 1064u);
   EXPECT_TRUE(c->IsOpen());
   EXPECT_EQ(c->ExecuteScalar("SELECT 1", ""), "1");  // the session survives the failures
   c->EndSession();
@@ -128,7 +120,7 @@ TEST_F(ConnectionLive, FailedConnectsRaise61441WithReasonAndConnectionString) {
   for (const Case& k : cases) {
     auto c = std::make_shared<CConnection>();
     c->Init(k.connector);
-    const Error e = Catch([&] { c->Execute("SELECT 1"); });
+    const Error e = orvtest::Raised([&] { c->Execute("SELECT 1"); });
     EXPECT_EQ(e.Number(), kErrConnectFailed);
     EXPECT_EQ(e.Description().rfind("SELECT 1\r\nFailed to connect to data provider. (Reason: "
                                     "ErrNo:-2147467259\r\n Details:",
@@ -148,7 +140,7 @@ TEST_F(ConnectionLive, FailedConnectsRaise61441WithReasonAndConnectionString) {
     EXPECT_NE(open, std::string::npos);
     EXPECT_LT(open, e.Source().find("CConnection:Execute Function Ln "));
     EXPECT_FALSE(c->IsOpen());
-    EXPECT_EQ(Catch([&] { c->StartSession(); }).Number(), kErrConnectFailed);
+    EXPECT_EQ(orvtest::Raised([&] { c->StartSession(); }).Number(), kErrConnectFailed);
     EXPECT_EQ(c->SessionDepth(), 0);
   }
 }

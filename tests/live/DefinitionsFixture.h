@@ -14,6 +14,8 @@
 #include "orvmysql/Definitions.h"
 #include "support/LiveDb.h"
 
+#include "support/ErrorCapture.h"
+
 namespace orvtest {
 
 // A value as the tests compare it: "NULL" for Null, else its text.
@@ -64,16 +66,5 @@ class DefinitionsTest : public LiveTest {
   std::shared_ptr<orvmysql::IPropertyValueDP> properties_;
   std::shared_ptr<orvmysql::IParameterValueDP> parameters_;
 };
-
-// The number of the orvmysql::Error that f raises, 0 when it raises none.
-template <class F>
-int32_t ErrorOf(F&& f) {
-  try {
-    f();
-  } catch (const orvmysql::Error& e) {
-    return e.Number();
-  }
-  return 0;
-}
 
 }  // namespace orvtest

@@ -6,21 +6,12 @@
 #include <stdexcept>
 
 #include "access/ErrorHandling.h"
+#include "support/ErrorCapture.h"
 
 using namespace orvmysql;
 using namespace orvmysql::detail;
 
 namespace {
-
-Error Catch(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e;
-  }
-  ADD_FAILURE() << "no error raised";
-  return Error(0, "", "");
-}
 
 void Inner() {
   Guard({"Inner Ln "}, [] { RaiseError(kMsgPrimaryKey, "Inner"); });
@@ -33,7 +24,9 @@ void Outer() {
 }  // namespace
 
 TEST(RaiseError, FillsPlaceholdersInOrderAndSetsTheObjectErrorBits) {
-  const Error e = Catch([] { RaiseError(kMsgInvalidOperator, "here", {"dcoContains", "Status"}); });
+  const Error e = orvtest::Raised([] {
+    RaiseError(kMsgInvalidOperator, "here", {"dcoContains", "Status"});
+  });
   EXPECT_EQ(static_cast<uint32_t>(e.Number()), 0x80042003u);
   EXPECT_EQ(e.Description(),
             "Operator 'dcoContains' is not a valid operator for the attribute 'Status'.");
@@ -43,26 +36,27 @@ TEST(RaiseError, FillsPlaceholdersInOrderAndSetsTheObjectErrorBits) {
 }
 
 TEST(RaiseError, MessagesWithoutPlaceholdersIgnoreParameters) {
-  const Error e = Catch([] { RaiseError(kMsgPrimaryKey, "here", {"unused"}); });
+  const Error e = orvtest::Raised([] { RaiseError(kMsgPrimaryKey, "here", {"unused"}); });
   EXPECT_EQ(e.Description(), "Error while generating primary key.");
-  const Error missing = Catch([] { RaiseError(8194, "here"); });
+  const Error missing = orvtest::Raised([] { RaiseError(8194, "here"); });
   EXPECT_EQ(missing.Description(), "Unknown attribute '%0'.");
 }
 
 TEST(RaiseError, UnknownNumberBecomesMissingResourceError) {
-  EXPECT_EQ(Catch([] { RaiseError(1234, "here"); }).Number(), kErrResourceNotFound);
+  EXPECT_EQ(orvtest::Raised([] { RaiseError(1234, "here"); }).Number(), kErrResourceNotFound);
 }
 
 TEST(RaiseError, LanguageLookupWinsWhenItKnowsTheNumber) {
   SetMessageLookup(
       [](int32_t n) { return n == 8196 ? std::string("Schlüsselfehler.") : std::string(); });
-  EXPECT_EQ(Catch([] { RaiseError(8196, "x"); }).Description(), "Schlüsselfehler.");
-  EXPECT_EQ(Catch([] { RaiseError(8209, "x"); }).Description(), "Workflow name is not provided");
+  EXPECT_EQ(orvtest::Raised([] { RaiseError(8196, "x"); }).Description(), "Schlüsselfehler.");
+  EXPECT_EQ(orvtest::Raised([] { RaiseError(8209, "x"); }).Description(),
+            "Workflow name is not provided");
   SetMessageLookup(nullptr);
 }
 
 TEST(Guard, EachOperationAddsOneLineToTheSourceTrail) {
-  const Error e = Catch(Outer);
+  const Error e = orvtest::Raised(Outer);
   EXPECT_EQ(e.Description(), "Error while generating primary key.");
   EXPECT_TRUE(std::regex_match(
       e.Source(), std::regex(R"(pelOrv=> \[Err:8196\]\[Ver:[0-9.]+\] => \r\nInner Ln \d+ => )"
@@ -71,7 +65,7 @@ TEST(Guard, EachOperationAddsOneLineToTheSourceTrail) {
 }
 
 TEST(Guard, MarkedLineIsReported) {
-  const Error e = Catch([] {
+  const Error e = orvtest::Raised([] {
     Guard({"Op Ln "}, [] {
       MarkLine(4242);
       ThrowRuntimeError(kErrTypeMismatch);
@@ -82,15 +76,15 @@ TEST(Guard, MarkedLineIsReported) {
 }
 
 TEST(Guard, ConnectionNoteOnlyForError91WhenAsked) {
-  EXPECT_EQ(Catch([] {
+  EXPECT_EQ(orvtest::Raised([] {
               Guard({"A Ln ", true}, [] { ThrowRuntimeError(kErrObjectNotSet); });
             }).Description(),
             "Object variable or With block variable not set (Connection)");
-  EXPECT_EQ(Catch([] {
+  EXPECT_EQ(orvtest::Raised([] {
               Guard({"A Ln ", false}, [] { ThrowRuntimeError(kErrObjectNotSet); });
             }).Description(),
             "Object variable or With block variable not set");
-  EXPECT_EQ(Catch([] {
+  EXPECT_EQ(orvtest::Raised([] {
               Guard({"A Ln ", true}, [] { ThrowRuntimeError(kErrSubscript); });
             }).Description(),
             "Subscript out of range");
@@ -98,7 +92,7 @@ TEST(Guard, ConnectionNoteOnlyForError91WhenAsked) {
 
 TEST(Guard, ForeignExceptionsBecomeRuntimeErrorsAndCleanupRunsFirst) {
   bool cleaned = false;
-  const Error e = Catch([&] {
+  const Error e = orvtest::Raised([&] {
     Guard(
         {"A Ln "}, [] { throw std::logic_error("boom"); }, [&] { cleaned = true; });
   });
@@ -106,7 +100,7 @@ TEST(Guard, ForeignExceptionsBecomeRuntimeErrorsAndCleanupRunsFirst) {
   EXPECT_EQ(e.Number(), kErrInternal);
   EXPECT_NE(e.Description().find("boom"), std::string::npos);
 
-  const Error statement_error = Catch([] {
+  const Error statement_error = orvtest::Raised([] {
     const std::string sql = "SELECT broken";
     Guard({"S Ln ", false, &sql}, [] { ThrowRuntimeError(kErrTypeMismatch); });
   });

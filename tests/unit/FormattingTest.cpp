@@ -8,19 +8,11 @@
 #include "access/General.h"
 #include "access/SqlValues.h"
 #include "orvmysql/Error.h"
+#include "support/ErrorCapture.h"
 
 using namespace orvmysql;
 
 namespace {
-
-int32_t ErrorNumberOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.Number();
-  }
-  return 0;
-}
 
 std::size_t Utf8Chars(const std::string& s) {
   std::size_t n = 0;
@@ -114,12 +106,12 @@ TEST(GetGUID, ThirtyTwoUpperHexDigitsAndUnique) {
 TEST(SqlValues, NumbersAreConvertedBeforeTheyAreWritten) {
   EXPECT_EQ(sql::Long(Variant("42")), "42");
   EXPECT_EQ(sql::Long(Variant(2.5)), "2");
-  EXPECT_EQ(ErrorNumberOf([] { sql::Long(Variant("1; DROP TABLE x")); }), kErrTypeMismatch);
-  EXPECT_EQ(ErrorNumberOf([] { sql::Long(Variant(3e10)); }), kErrOverflow);
+  EXPECT_EQ(orvtest::ErrorOf([] { sql::Long(Variant("1; DROP TABLE x")); }), kErrTypeMismatch);
+  EXPECT_EQ(orvtest::ErrorOf([] { sql::Long(Variant(3e10)); }), kErrOverflow);
   EXPECT_EQ(sql::Double(Variant(2)), "2.0");
   EXPECT_EQ(sql::Double(Variant("0.25")), "0.25");
   EXPECT_EQ(sql::Double(Variant(-1e300)), "-1e+300");
-  EXPECT_EQ(ErrorNumberOf([] { sql::Double(Variant("1,5")); }), kErrTypeMismatch);
+  EXPECT_EQ(orvtest::ErrorOf([] { sql::Double(Variant("1,5")); }), kErrTypeMismatch);
 }
 
 TEST(SqlValues, TextsAreQuotedAndEmptyTextsMayBeNull) {
@@ -128,7 +120,7 @@ TEST(SqlValues, TextsAreQuotedAndEmptyTextsMayBeNull) {
   EXPECT_EQ(sql::TextOrNull(Variant("")), "NULL");
   EXPECT_EQ(sql::TextOrNull(Null), "NULL");
   EXPECT_EQ(sql::TextOrNull(Variant(7)), "'7'");
-  EXPECT_EQ(ErrorNumberOf([] { sql::Text(Null); }), kErrInvalidUseOfNull);
+  EXPECT_EQ(orvtest::ErrorOf([] { sql::Text(Null); }), kErrInvalidUseOfNull);
   EXPECT_EQ(sql::Text(Variant(std::string(300, 'x')), false).size(), 302u);
   EXPECT_EQ(sql::Boolean(Variant("True")), "1");
   EXPECT_EQ(sql::Boolean(Variant(0)), "0");
@@ -137,6 +129,6 @@ TEST(SqlValues, TextsAreQuotedAndEmptyTextsMayBeNull) {
 TEST(SqlValues, MissingPositionRaisesSubscriptError) {
   const FieldArray fields{Variant(1), Variant(2)};
   EXPECT_EQ(sql::At(fields, 1).ToLong(), 2);
-  EXPECT_EQ(ErrorNumberOf([&] { sql::At(fields, 2); }), kErrSubscript);
-  EXPECT_EQ(ErrorNumberOf([&] { sql::RequireSize(fields, 3); }), kErrSubscript);
+  EXPECT_EQ(orvtest::ErrorOf([&] { sql::At(fields, 2); }), kErrSubscript);
+  EXPECT_EQ(orvtest::ErrorOf([&] { sql::RequireSize(fields, 3); }), kErrSubscript);
 }

@@ -14,21 +14,11 @@
 #include "orvmysql/Variant.h"
 #include "query/DateRanges.h"
 
+#include "support/ErrorCapture.h"
+
 namespace orvtest {
 
 using namespace orvmysql;
-
-// The error f raises; a test failure when it raises none.
-template <class F>
-Error Raised(F&& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e;
-  }
-  ADD_FAILURE() << "no error was raised";
-  return Error(0, "", "");
-}
 
 inline int32_t OwnError(int32_t message) {
   return kObjectErrorBase | message;

@@ -9,20 +9,12 @@
 
 #include "orvmysql/Error.h"
 #include "orvmysql/Variant.h"
+#include "support/ErrorCapture.h"
 
 namespace orvmysql {
 namespace {
 
-// The number of the Error that f raises, 0 when it raises none.
-template <class F>
-int32_t ErrorOf(F&& f) {
-  try {
-    f();
-  } catch (const Error& e) {
-    return e.Number();
-  }
-  return 0;
-}
+using orvtest::ErrorOf;
 
 // One row of a conversion table: a value and what it should convert to.
 template <class T>
