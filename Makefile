@@ -40,7 +40,8 @@ bench: deps
 	@cmake --build $(BUILD) -j $(JOBS) --target orvmysql_bench
 	./$(BUILD)/orvmysql_bench --benchmark_counters_tabular=true
 
-fuzz: deps
+fuzz:
+	@./scripts/install-deps.sh fuzz
 	@CXX=clang++ cmake -S . -B $(FUZZ_BUILD) $(GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORVMYSQL_FUZZ=ON -DORVMYSQL_TESTS=OFF -DORVMYSQL_BENCH=OFF >/dev/null
 	@cmake --build $(FUZZ_BUILD) -j $(JOBS)
 	@set -e; for f in $(FUZZ_BUILD)/fuzz_*; do \
@@ -51,6 +52,7 @@ fuzz: deps
 	done
 
 format:
+	@command -v clang-format >/dev/null || ./scripts/install-deps.sh format
 	@git ls-files -co --exclude-standard '*.cpp' '*.h' '*.in' | grep -v '\.in$$' | xargs -r clang-format -i
 
 clean:

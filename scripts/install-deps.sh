@@ -1,5 +1,8 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the project needs, and only those that are missing.
+#   install-deps.sh         what building, testing, the demo and the benchmarks need
+#   install-deps.sh fuzz    also clang and its fuzzer runtime
+#   install-deps.sh format  also clang-format
 # mariadb-server-core holds the server binaries without a system service, so
 # installing it starts nothing and touches no system database.
 set -euo pipefail
@@ -9,8 +12,11 @@ packages=(
   libmariadb-dev mariadb-server-core
   libpugixml-dev uuid-dev
   libgtest-dev libgmock-dev libbenchmark-dev
-  clang libclang-rt-14-dev clang-format
 )
+case "${1:-}" in
+  fuzz) packages+=(clang libclang-rt-14-dev) ;;
+  format) packages+=(clang-format) ;;
+esac
 
 missing=()
 for p in "${packages[@]}"; do
