@@ -8,17 +8,21 @@ namespace orvmysql {
 
 namespace {
 
+// Column names are matched without regard to ASCII case, independent of the locale.
+char AsciiLower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
 std::string Lower(std::string_view text) {
   std::string out(text);
-  for (char& c : out) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  for (char& c : out) c = AsciiLower(c);
   return out;
 }
 
 bool EqualsIgnoreCase(std::string_view lower, std::string_view name) {
   return lower.size() == name.size() &&
-         std::equal(lower.begin(), lower.end(), name.begin(), [](char a, char b) {
-           return a == std::tolower(static_cast<unsigned char>(b));
-         });
+         std::equal(lower.begin(), lower.end(), name.begin(),
+                    [](char a, char b) { return a == AsciiLower(b); });
 }
 
 }  // namespace
