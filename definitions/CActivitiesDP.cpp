@@ -6,7 +6,7 @@ namespace orvmysql {
 
 namespace {
 
-using defs::As;
+using dp::As;
 
 constexpr std::string_view kSelect =
     "SELECT ActivityID,ActivityName,Description,ActivityType,StartTime,StartTimeUnit,Duration,"
@@ -35,7 +35,7 @@ constexpr As kLayout[] = {
 
 // Update leaves the type, the type mask, the class, the definition and the
 // identifier of an activity as Add wrote them.
-constexpr defs::Assignment kSet[] = {
+constexpr dp::Assignment kSet[] = {
     {" `ActivityName` = ", 0},  {",`Description` = ", 1}, {",`StartTime` = ", 3},
     {",`StartTimeUnit` = ", 4}, {",`Duration` = ", 5},    {",`DurationUnit` = ", 6},
     {",`Timeout` = ", 7},       {",`TimeoutUnit` = ", 8}, {",`Priority` = ", 10},
@@ -78,7 +78,7 @@ std::shared_ptr<IListIterator> CActivitiesDP::Load(const std::string& filter) {
 bool CActivitiesDP::ActivityExist(const std::string& name, int32_t definition_id,
                                   int32_t activity_id) {
   return detail::Guard({"CActivitiesDP: IActivitiesDP_ActivityExist Function ("}, [&] {
-    const std::string pattern = defs::LiteralPattern(name);
+    const std::string pattern = dp::LiteralPattern(name);
     return RowExists("tblActivities", "FKProcDefinitionID = " + std::to_string(definition_id) +
                                           " AND ActivityID <> " + std::to_string(activity_id) +
                                           " AND ActivityName LIKE '" + pattern + "'");
@@ -87,14 +87,14 @@ bool CActivitiesDP::ActivityExist(const std::string& name, int32_t definition_id
 
 bool CActivitiesDP::Add(const FieldArray& fields) {
   return detail::Guard({"CActivitiesDP: IActivitiesDP_Add Function (", true}, [&] {
-    const auto v = defs::FormatFields(fields, kLayout);
+    const auto v = dp::FormatFields(fields, kLayout);
     InsertWithNewKey(-7, [&](const std::string& key) {
       return "INSERT INTO tblActivities "
              " (`ActivityID`,`ActivityName`,`Description`,`ActivityType`,`StartTime`,"
              "`StartTimeUnit`,`Duration`,`DurationUnit`,`Timeout`,`TimeoutUnit`,"
              "`FKProcDefinitionID`,`Priority`,`Subject`,`Message`,`ActivityProcDefID`,"
              "`ActivityTypeMask`,ClassID) VALUES (" +
-             key + "," + defs::Joined(v, 0, v.size()) + ")";
+             key + "," + dp::Joined(v, 0, v.size()) + ")";
     });
     return true;
   });
@@ -103,9 +103,9 @@ bool CActivitiesDP::Add(const FieldArray& fields) {
 bool CActivitiesDP::Update(int32_t definition_id, const std::string& activity_identifier,
                            const FieldArray& fields) {
   return detail::Guard({"CActivitiesDP: IActivitiesDP_Update Function (", true}, [&] {
-    const auto v = defs::FormatFields(fields, kLayout);
+    const auto v = dp::FormatFields(fields, kLayout);
     // The identifier is compared by LIKE, so it acts as a pattern.
-    return NonQuery(" UPDATE tblActivities SET " + defs::Assignments(kSet, v) +
+    return NonQuery(" UPDATE tblActivities SET " + dp::Assignments(kSet, v) +
                     " WHERE FKProcDefinitionID = " + std::to_string(definition_id) +
                     " AND ActivityProcDefID LIKE " + sql::Text(Variant(activity_identifier))) > 0;
   });

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "definitions/DefinitionProvider.h"
+#include "access/TableProvider.h"
 #include "orvmysql/Definitions.h"
 
 namespace orvmysql {
 
 // Activities of a definition (tblActivities); deleting one also deletes its
 // property and parameter bags.
-class CActivitiesDP : public DefinitionProvider, public IActivitiesDP {
+class CActivitiesDP : public TableProvider, public IActivitiesDP {
  public:
   // IActivitiesDP
   bool Delete(int32_t definition_id, const std::string& activity_id) override;

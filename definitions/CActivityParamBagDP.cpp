@@ -4,7 +4,7 @@ namespace orvmysql {
 
 namespace {
 
-using defs::As;
+using dp::As;
 
 constexpr As kAddLayout[] = {
     As::Long,            // 0 FKActivityID
@@ -44,7 +44,7 @@ constexpr As kUpdateLayout[] = {
     As::Unused,          // 14
 };
 
-constexpr defs::Assignment kSet[] = {
+constexpr dp::Assignment kSet[] = {
     {" FKActivityID = ", 0},    {" ,`ParameterName` = ", 1}, {" ,`Value` = ", 2},
     {" ,`DataType` = ", 3},     {" ,`Attributes` = ", 4},    {" ,`Min` = ", 5},
     {" ,`Max` = ", 6},          {" ,`ParameterType` = ", 7}, {" ,`ExtendedAttributes` = ", 8},
@@ -52,7 +52,7 @@ constexpr defs::Assignment kSet[] = {
     {" ,ListAttribute = ", 12},
 };
 
-constexpr defs::KeyedTable kTable{
+constexpr dp::KeyedTable kTable{
     .locations = {.add = "CActivityParamBagDP: IParameterValueDP_Add Function (",
                   .update = "CActivityParamBagDP: IParameterValueDP_Update Function (",
                   .remove = "CActivityParamBagDP: IParameterValueDP_Delete Function (",

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "definitions/DefinitionProvider.h"
+#include "access/TableProvider.h"
 #include "orvmysql/Definitions.h"
 
 namespace orvmysql {
 
 // The parameter bag of an activity (tblActivityParamBag). Add and Update read
 // two different field layouts (see IParameterValueDP).
-class CActivityParamBagDP : public DefinitionProvider, public IParameterValueDP {
+class CActivityParamBagDP : public TableProvider, public IParameterValueDP {
  public:
   // IParameterValueDP
   std::shared_ptr<IListIterator> GetParameterForEntity(int32_t activity_id) override;

@@ -4,7 +4,7 @@ namespace orvmysql {
 
 namespace {
 
-using defs::As;
+using dp::As;
 
 constexpr As kLayout[] = {
     As::Long,            // 0 FKActivityID
@@ -28,7 +28,7 @@ constexpr As kLayout[] = {
 // attributes, as the columns stand in the table.
 constexpr std::size_t kInsertOrder[] = {0, 1, 2, 3, 5, 4, 6, 7, 8, 9, 14, 10, 11, 12, 13};
 
-constexpr defs::Assignment kSet[] = {
+constexpr dp::Assignment kSet[] = {
     {" FKActivityID = ", 0},
     {" ,`PropertyName` = ", 1},
     {" ,`DisplayName` = ", 2},
@@ -46,7 +46,7 @@ constexpr defs::Assignment kSet[] = {
     {" ,`ListAttribute` = ", 13},
 };
 
-constexpr defs::KeyedTable kTable{
+constexpr dp::KeyedTable kTable{
     .locations = {.add = "CActivityPropertyBagDP: IPropertyValueDP_Add Function (",
                   .update = "CActivityPropertyBagDP: IPropertyValueDP_Update Function (",
                   .remove = "CActivityPropertyBagDP: IPropertyValueDP_Delete Function (",

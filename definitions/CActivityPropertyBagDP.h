@@ -1,12 +1,12 @@
 #pragma once
 
-#include "definitions/DefinitionProvider.h"
+#include "access/TableProvider.h"
 #include "orvmysql/Definitions.h"
 
 namespace orvmysql {
 
 // The property bag of an activity (tblActivityPropertyBag).
-class CActivityPropertyBagDP : public DefinitionProvider, public IPropertyValueDP {
+class CActivityPropertyBagDP : public TableProvider, public IPropertyValueDP {
  public:
   // IPropertyValueDP
   std::shared_ptr<IListIterator> GetPropertiesForEntity(int32_t activity_id) override;

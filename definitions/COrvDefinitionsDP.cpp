@@ -4,7 +4,7 @@ namespace orvmysql {
 
 namespace {
 
-using defs::As;
+using dp::As;
 
 constexpr std::string_view kSelect =
     "SELECT ProcessDefID,ProcDefName,ProcdefDescription,AccessLevel,CreatedDate,ModifiedDate,"
@@ -44,7 +44,7 @@ constexpr As kLayout[] = {
 // Timeout in the column list and always start at 0.
 constexpr std::size_t kBeforeLastIDs = 19;
 
-constexpr defs::Assignment kSet[] = {
+constexpr dp::Assignment kSet[] = {
     {" ProcDefName = ", 0},
     {" ,ProcdefDescription = ", 1},
     {" ,AccessLevel = ", 2},
@@ -134,7 +134,7 @@ std::shared_ptr<IListIterator> COrvDefinitionsDP::GetProcessDefByID(int32_t defi
 bool COrvDefinitionsDP::WorkflowDefinitionExist(const std::string& name, int32_t definition_id) {
   return detail::Guard({"COrvDefinitionsDP: IOrvDefinitionsDP_WorkflowDefinitionExist Function ("},
                        [&] {
-                         const std::string pattern = defs::LiteralPattern(name);
+                         const std::string pattern = dp::LiteralPattern(name);
                          return RowExists("tblProcessDef", "ProcDefName LIKE '" + pattern +
                                                                "' AND ProcessDefID <> " +
                                                                std::to_string(definition_id));
@@ -143,15 +143,15 @@ bool COrvDefinitionsDP::WorkflowDefinitionExist(const std::string& name, int32_t
 
 bool COrvDefinitionsDP::Update(int32_t definition_id, const FieldArray& fields) {
   return detail::Guard({"COrvDefinitionsDP: IOrvDefinitionsDP_Update Function (", true}, [&] {
-    const auto v = defs::FormatFields(fields, kLayout);
-    return NonQuery("UPDATE tblProcessDef SET " + defs::Assignments(kSet, v) +
+    const auto v = dp::FormatFields(fields, kLayout);
+    return NonQuery("UPDATE tblProcessDef SET " + dp::Assignments(kSet, v) +
                     " WHERE ProcessDefID = " + std::to_string(definition_id)) > 0;
   });
 }
 
 bool COrvDefinitionsDP::Add(const FieldArray& fields) {
   return detail::Guard({"COrvDefinitionsDP: IOrvDefinitionsDP_Add Function (", true}, [&] {
-    const auto v = defs::FormatFields(fields, kLayout);
+    const auto v = dp::FormatFields(fields, kLayout);
     InsertWithNewKey(-4, [&](const std::string& key) {
       return "INSERT INTO tblProcessDef "
              " (ProcessDefID,ProcDefName,ProcdefDescription,AccessLevel,CreatedDate,"
@@ -161,8 +161,8 @@ bool COrvDefinitionsDP::Add(const FieldArray& fields) {
              " MinorVersion, State, LastActivityID, LastSwitchID, "
              "LastTransitionID,Timeout,TimeoutUnit,ProcDefTypeMask,Layout,`Trigger`)"
              " VALUES (" +
-             key + "," + defs::Joined(v, 0, kBeforeLastIDs) + ",0,0,0," +
-             defs::Joined(v, kBeforeLastIDs, v.size()) + ")";
+             key + "," + dp::Joined(v, 0, kBeforeLastIDs) + ",0,0,0," +
+             dp::Joined(v, kBeforeLastIDs, v.size()) + ")";
     });
     return true;
   });

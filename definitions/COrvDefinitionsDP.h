@@ -1,13 +1,13 @@
 #pragma once
 
-#include "definitions/DefinitionProvider.h"
+#include "access/TableProvider.h"
 #include "orvmysql/Definitions.h"
 
 namespace orvmysql {
 
 // Process definitions (tblProcessDef) and the cascade that deletes a
 // definition with everything that hangs on it.
-class COrvDefinitionsDP : public DefinitionProvider, public IOrvDefinitionsDP {
+class COrvDefinitionsDP : public TableProvider, public IOrvDefinitionsDP {
  public:
   // IOrvDefinitionsDP
   bool Delete(int32_t definition_id) override;

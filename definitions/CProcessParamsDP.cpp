@@ -4,7 +4,7 @@ namespace orvmysql {
 
 namespace {
 
-using defs::As;
+using dp::As;
 
 constexpr As kLayout[] = {
     As::Long,            // 0 FKProcDefID
@@ -23,7 +23,7 @@ constexpr As kLayout[] = {
     As::TextOrNull,      // 13 ListAttribute
 };
 
-constexpr defs::Assignment kSet[] = {
+constexpr dp::Assignment kSet[] = {
     {" FKProcDefID =", 0},
     {" ,`ParameterName` =", 1},
     {" ,`DisplayName` =", 2},
@@ -45,7 +45,7 @@ void NameWhenNoDisplayName(std::vector<std::string>& values) {
   if (values[2] == "''") values[2] = values[1];
 }
 
-constexpr defs::KeyedTable kTable{
+constexpr dp::KeyedTable kTable{
     .locations = {.add = "CProcessParamsDP: IProcessParamsDP_Add Function (",
                   .update = "CProcessParamsDP: IProcessParamsDP_Update Function (",
                   .remove = "CProcessParamsDP: IProcessParamsDP_Delete Function (",
@@ -94,7 +94,7 @@ bool CProcessParamsDP::ParameterExist(const std::string& name, int32_t definitio
   return detail::Guard({"CProcessParamsDP: IProcessParamsDP_ParameterExist Function ("}, [&] {
     return RowExists("tblProcessParams", "FKProcDefID = " + std::to_string(definition_id) +
                                              " AND ParameterName LIKE '" +
-                                             defs::LiteralPattern(name) + "'");
+                                             dp::LiteralPattern(name) + "'");
   });
 }
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "definitions/DefinitionProvider.h"
+#include "access/TableProvider.h"
 #include "orvmysql/Definitions.h"
 
 namespace orvmysql {
 
 // Parameter declarations of a process definition (tblProcessParams).
-class CProcessParamsDP : public DefinitionProvider, public IProcessParamsDP {
+class CProcessParamsDP : public TableProvider, public IProcessParamsDP {
  public:
   // IProcessParamsDP
   std::shared_ptr<IListIterator> GetParameterByID(int32_t parameter_id) override;

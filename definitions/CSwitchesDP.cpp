@@ -4,7 +4,7 @@ namespace orvmysql {
 
 namespace {
 
-using defs::As;
+using dp::As;
 
 constexpr As kLayout[] = {
     As::Long,        // 0 SwitchType
@@ -13,14 +13,14 @@ constexpr As kLayout[] = {
     As::Text,        // 3 SwitchProcDefID
 };
 
-constexpr defs::Assignment kSet[] = {
+constexpr dp::Assignment kSet[] = {
     {"SwitchType = ", 0},
     {" ,DisplayName = ", 1},
     {" ,FKProcDefinitionID = ", 2},
     {" ,SwitchProcDefID = ", 3},
 };
 
-constexpr defs::KeyedTable kTable{
+constexpr dp::KeyedTable kTable{
     .locations = {.add = "CSwitchesDP: ISwitchesDP_Add Function (",
                   .update = "CSwitchesDP: ISwitchesDP_Update Function (",
                   .remove = "CSwitchesDP: ISwitchesDP_Delete Function (",

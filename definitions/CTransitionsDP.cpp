@@ -4,7 +4,7 @@ namespace orvmysql {
 
 namespace {
 
-using defs::As;
+using dp::As;
 
 constexpr As kLayout[] = {
     As::Long,            // 0 FKFromNodeID
@@ -16,14 +16,14 @@ constexpr As kLayout[] = {
     As::Text,            // 6 TransitionProcDefID
 };
 
-constexpr defs::Assignment kSet[] = {
+constexpr dp::Assignment kSet[] = {
     {"FKFromNodeID = ", 0},          {" ,FromNodeType = ", 1},
     {" ,FKToNodeID = ", 2},          {" ,ToNodeType = ", 3},
     {" ,TransitionCondition = ", 4}, {" ,FKProcDefinitionID = ", 5},
     {" ,TransitionProcDefID = ", 6},
 };
 
-constexpr defs::KeyedTable kTable{
+constexpr dp::KeyedTable kTable{
     .locations = {.add = "CTransitionsDP: ITransitionsDP_Add Function (",
                   .update = "CTransitionsDP: ITransitionsDP_Update Function (",
                   .remove = "CTransitionsDP: ITransitionsDP_Delete Function (",

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "definitions/DefinitionProvider.h"
+#include "access/TableProvider.h"
 #include "orvmysql/Definitions.h"
 
 namespace orvmysql {
 
 // The operations of the graph providers (transitions and switches), carried
 // out on the keyed table that the concrete provider names.
-class GraphRowsDP : public DefinitionProvider, public virtual IGraphRowsDP {
+class GraphRowsDP : public TableProvider, public virtual IGraphRowsDP {
  public:
   // IGraphRowsDP
   int32_t Add(const FieldArray& fields) override;
@@ -18,10 +18,10 @@ class GraphRowsDP : public DefinitionProvider, public virtual IGraphRowsDP {
   std::shared_ptr<IListIterator> Load(const std::string& filter) override;
 
  protected:
-  explicit GraphRowsDP(const defs::KeyedTable& table) : table_(table) {}
+  explicit GraphRowsDP(const dp::KeyedTable& table) : table_(table) {}
 
  private:
-  const defs::KeyedTable& table_;
+  const dp::KeyedTable& table_;
 };
 
 }  // namespace orvmysql

@@ -1,6 +1,7 @@
 #pragma once
 
-// Plumbing shared by the definition providers: field arrays formatted by a
+// Plumbing shared by every provider of a table (definitions, runtime
+// instances and their data, messaging): field arrays formatted by a
 // per-provider layout before anything runs, statement assembly from those
 // formatted values, the statement patterns every provider repeats (select by
 // a key, select with the caller's tail, keyed insert in a session), and the
@@ -19,7 +20,7 @@
 #include "orvmysql/List.h"
 #include "orvmysql/Variant.h"
 
-namespace orvmysql::defs {
+namespace orvmysql::dp {
 
 // How one position of a field array is written into SQL.
 enum class As : std::uint8_t {
@@ -93,11 +94,11 @@ struct KeyedTable {
   void (*complete)(std::vector<std::string>& values) = nullptr;
 };
 
-}  // namespace orvmysql::defs
+}  // namespace orvmysql::dp
 
 namespace orvmysql {
 
-class DefinitionProvider : public DataSourceBase {
+class TableProvider : public DataSourceBase {
  protected:
   using Where = int;  // a source line, recorded for the error trail
 
@@ -117,12 +118,12 @@ class DefinitionProvider : public DataSourceBase {
   // AddRow returns the new key or -1; UpdateRow the number of rows matched.
   // DeleteRows deletes the row with the key when owner_id < 1, otherwise every
   // row of the owner.
-  int32_t AddRow(const defs::KeyedTable& table, const FieldArray& fields);
-  int32_t UpdateRow(const defs::KeyedTable& table, int32_t id, const FieldArray& fields);
-  void DeleteRows(const defs::KeyedTable& table, int32_t id, int32_t owner_id);
-  std::shared_ptr<IListIterator> RowsByKey(const defs::KeyedTable& table, int32_t id);
-  std::shared_ptr<IListIterator> RowsByOwner(const defs::KeyedTable& table, int32_t owner_id);
-  std::shared_ptr<IListIterator> RowsLoad(const defs::KeyedTable& table, const std::string& tail);
+  int32_t AddRow(const dp::KeyedTable& table, const FieldArray& fields);
+  int32_t UpdateRow(const dp::KeyedTable& table, int32_t id, const FieldArray& fields);
+  void DeleteRows(const dp::KeyedTable& table, int32_t id, int32_t owner_id);
+  std::shared_ptr<IListIterator> RowsByKey(const dp::KeyedTable& table, int32_t id);
+  std::shared_ptr<IListIterator> RowsByOwner(const dp::KeyedTable& table, int32_t owner_id);
+  std::shared_ptr<IListIterator> RowsLoad(const dp::KeyedTable& table, const std::string& tail);
 
   // select + filter + id in decimal, for example
   // "SELECT ... FROM tblSwitches " + " WHERE SwitchID = " + "12".
@@ -139,10 +140,10 @@ class DefinitionProvider : public DataSourceBase {
 };
 
 template <class Body>
-auto DefinitionProvider::InSession(Body&& body, Where where) {
+auto TableProvider::InSession(Body&& body, Where where) {
   StartSession(where);
   struct Ender {
-    DefinitionProvider* owner;
+    TableProvider* owner;
     ~Ender() {
       if (owner != nullptr) owner->EndSessionAfterFailure();
     }

@@ -1,11 +1,11 @@
-#include "definitions/DefinitionProvider.h"
+#include "access/TableProvider.h"
 
 #include <numeric>
 
 #include "access/General.h"
 #include "access/SqlValues.h"
 
-namespace orvmysql::defs {
+namespace orvmysql::dp {
 
 std::vector<std::string> FormatFields(const FieldArray& fields, std::span<const As> layout) {
   sql::RequireSize(fields, layout.size());
@@ -71,11 +71,11 @@ std::string LiteralPattern(std::string_view text) {
   return GetQuotedString(EscapeLikeString(text), true);
 }
 
-}  // namespace orvmysql::defs
+}  // namespace orvmysql::dp
 
 namespace orvmysql {
 
-int32_t DefinitionProvider::InsertWithNewKey(
+int32_t TableProvider::InsertWithNewKey(
     int32_t entity_type_code, const std::function<std::string(const std::string& key)>& statement,
     Where where) {
   return InSession(
@@ -87,44 +87,42 @@ int32_t DefinitionProvider::InsertWithNewKey(
       where);
 }
 
-std::shared_ptr<IListIterator> DefinitionProvider::RowsWhere(std::string_view select,
-                                                             std::string_view filter, int32_t id,
-                                                             Where where) {
+std::shared_ptr<IListIterator> TableProvider::RowsWhere(std::string_view select,
+                                                        std::string_view filter, int32_t id,
+                                                        Where where) {
   std::string text(select);
   text += filter;
   text += std::to_string(id);
   return Rows(text, where);
 }
 
-std::shared_ptr<IListIterator> DefinitionProvider::RowsWithTail(std::string_view select,
-                                                                const std::string& tail,
-                                                                Where where) {
+std::shared_ptr<IListIterator> TableProvider::RowsWithTail(std::string_view select,
+                                                           const std::string& tail, Where where) {
   return Rows(std::string(select) + " " + tail, where);
 }
 
-int32_t DefinitionProvider::AddRow(const defs::KeyedTable& t, const FieldArray& fields) {
+int32_t TableProvider::AddRow(const dp::KeyedTable& t, const FieldArray& fields) {
   return detail::Guard({t.locations.add, t.connection_on_91}, [&] {
-    auto v = defs::FormatFields(fields, t.add_layout);
+    auto v = dp::FormatFields(fields, t.add_layout);
     if (t.complete != nullptr) t.complete(v);
     const std::string values =
-        t.insert_order.empty() ? defs::Joined(v, 0, v.size()) : defs::Joined(v, t.insert_order);
+        t.insert_order.empty() ? dp::Joined(v, 0, v.size()) : dp::Joined(v, t.insert_order);
     return InsertWithNewKey(t.entity_type_code, [&](const std::string& key) {
       return std::string(t.insert_head) + key + "," + values + ")";
     });
   });
 }
 
-int32_t DefinitionProvider::UpdateRow(const defs::KeyedTable& t, int32_t id,
-                                      const FieldArray& fields) {
+int32_t TableProvider::UpdateRow(const dp::KeyedTable& t, int32_t id, const FieldArray& fields) {
   return detail::Guard({t.locations.update, t.connection_on_91}, [&] {
-    auto v = defs::FormatFields(fields, t.update_layout);
+    auto v = dp::FormatFields(fields, t.update_layout);
     if (t.complete != nullptr) t.complete(v);
-    return NonQuery(std::string(t.update_head) + defs::Assignments(t.update_set, v) +
+    return NonQuery(std::string(t.update_head) + dp::Assignments(t.update_set, v) +
                     std::string(t.update_where) + std::to_string(id));
   });
 }
 
-void DefinitionProvider::DeleteRows(const defs::KeyedTable& t, int32_t id, int32_t owner_id) {
+void TableProvider::DeleteRows(const dp::KeyedTable& t, int32_t id, int32_t owner_id) {
   detail::Guard({t.locations.remove, t.connection_on_91}, [&] {
     const bool whole_owner = owner_id >= 1 && !t.delete_all.empty();
     return NonQuery(whole_owner ? std::string(t.delete_all) + std::to_string(owner_id)
@@ -132,25 +130,24 @@ void DefinitionProvider::DeleteRows(const defs::KeyedTable& t, int32_t id, int32
   });
 }
 
-std::shared_ptr<IListIterator> DefinitionProvider::RowsByKey(const defs::KeyedTable& t,
-                                                             int32_t id) {
+std::shared_ptr<IListIterator> TableProvider::RowsByKey(const dp::KeyedTable& t, int32_t id) {
   return detail::Guard({t.locations.by_key, t.connection_on_91},
                        [&] { return RowsWhere(t.select, t.by_key, id); });
 }
 
-std::shared_ptr<IListIterator> DefinitionProvider::RowsByOwner(const defs::KeyedTable& t,
-                                                               int32_t owner_id) {
+std::shared_ptr<IListIterator> TableProvider::RowsByOwner(const dp::KeyedTable& t,
+                                                          int32_t owner_id) {
   return detail::Guard({t.locations.by_owner, t.connection_on_91},
                        [&] { return RowsWhere(t.select, t.by_owner, owner_id); });
 }
 
-std::shared_ptr<IListIterator> DefinitionProvider::RowsLoad(const defs::KeyedTable& t,
-                                                            const std::string& tail) {
+std::shared_ptr<IListIterator> TableProvider::RowsLoad(const dp::KeyedTable& t,
+                                                       const std::string& tail) {
   return detail::Guard({t.locations.load, t.connection_on_91},
                        [&] { return RowsWithTail(t.select, tail); });
 }
 
-void DefinitionProvider::EndSessionAfterFailure() noexcept {
+void TableProvider::EndSessionAfterFailure() noexcept {
   try {
     Conn().EndSession(true);
   } catch (...) {
