@@ -1,9 +1,9 @@
 #include "access/SqlValues.h"
 
-#include <charconv>
 #include <cmath>
 
 #include "access/General.h"
+#include "access/NumberText.h"
 #include "orvmysql/Error.h"
 
 namespace orvmysql::sql {
@@ -24,11 +24,9 @@ std::string Long(const Variant& v) {
 std::string Double(const Variant& v) {
   const double d = v.ToDouble();
   if (!std::isfinite(d)) ThrowRuntimeError(kErrOverflow);
-  char buf[64];
-  auto [end, ec] = std::to_chars(buf, buf + sizeof buf, d);
-  std::string text(buf, end);
-  // The shortest form of a whole number has no decimal point; add one so the
-  // server reads every value as an approximate number.
+  std::string text = DoubleText(d);
+  // A whole number has no decimal point; add one so the server reads every
+  // value as an approximate number.
   if (text.find_first_of(".e") == std::string::npos) text += ".0";
   return text;
 }

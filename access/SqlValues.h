@@ -20,8 +20,9 @@ void RequireSize(const FieldArray& fields, std::size_t n);
 
 // Decimal text of the value as a 32-bit integer.
 std::string Long(const Variant& v);
-// Plain decimal text of the value as a double, always with a decimal point
-// ("2.5", "1e+300"); a value that is not finite raises 6.
+// The value as a double in the platform's number text (DoubleText), always
+// with a decimal point or an exponent ("2.5", "100000.0", "1e+300"); a value
+// that is not finite raises 6.
 std::string Double(const Variant& v);
 // "'" + GetQuotedString(text, limit255) + "'". Null raises 94.
 std::string Text(const Variant& v, bool limit255 = true);

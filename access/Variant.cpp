@@ -7,6 +7,7 @@
 #include <optional>
 #include <system_error>
 
+#include "access/NumberText.h"
 #include "orvmysql/Error.h"
 
 namespace orvmysql {
@@ -157,12 +158,8 @@ std::string Variant::ToText() const {
       return std::get<bool>(value_) ? "True" : "False";
     case Type::Long:
       return std::to_string(std::get<int32_t>(value_));
-    case Type::Double: {
-      // The shortest text that reads back as the same double.
-      char buf[32];
-      const auto [end, ec] = std::to_chars(buf, buf + sizeof buf, std::get<double>(value_));
-      return std::string(buf, end);
-    }
+    case Type::Double:
+      return DoubleText(std::get<double>(value_));
     case Type::Text:
       return Text();
     case Type::Date:

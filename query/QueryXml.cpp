@@ -25,6 +25,7 @@
 #include <cmath>
 #include <sstream>
 
+#include "access/NumberText.h"
 #include "orvmysql/Query.h"
 #include "query/Operators.h"
 #include "query/TextUtil.h"
@@ -48,12 +49,6 @@ bool IsBlank(std::string_view text) {
 std::string EnumText(std::span<const EnumName> names, int32_t value) {
   const std::string_view name = detail::NameOf(names, value);
   return name.empty() ? std::to_string(value) : std::string(name);
-}
-
-std::string DoubleText(double value) {
-  char buffer[64];
-  auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, value);
-  return std::string(buffer, ec == std::errc() ? end : buffer);
 }
 
 // A date as "yyyy-mm-dd hh:mm:ss" when that reads back to the same day

@@ -166,6 +166,18 @@ TEST_F(DefinitionRoundTrip, ProcessParameterShowsItsNameWhenItHasNoDisplayName) 
       (std::vector<Expected>{{{"DisplayName", "customer"}}, {{"DisplayName", "Order total"}}}));
 }
 
+TEST_F(DefinitionRoundTrip, LargeAndFractionalLimitsReadBackExactly) {
+  FieldArray fields = ProcessParamFields(definition_, "limits");
+  fields[7] = 123456789.125;
+  fields[8] = 2.5e16;
+  const int32_t id = process_params_->Add(fields);
+  ASSERT_GT(id, 0);
+  auto rows = process_params_->GetParameterByID(id);
+  ASSERT_TRUE(rows->GetNext());
+  EXPECT_EQ(rows->CurrentItem()->GetValue("Min").ToDouble(), 123456789.125);
+  EXPECT_EQ(rows->CurrentItem()->GetValue("Max").ToDouble(), 2.5e16);
+}
+
 TEST_F(DefinitionRoundTrip, GraphIsFoundTheWayRoutingReadsIt) {
   const int32_t start = switches_->Add(SwitchFields(definition_, 2, "start"));
   ASSERT_GT(start, 0);

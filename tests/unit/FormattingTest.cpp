@@ -111,6 +111,18 @@ TEST(SqlValues, NumbersAreConvertedBeforeTheyAreWritten) {
   EXPECT_EQ(sql::Double(Variant(2)), "2.0");
   EXPECT_EQ(sql::Double(Variant("0.25")), "0.25");
   EXPECT_EQ(sql::Double(Variant(-1e300)), "-1e+300");
+  // Plain digits below 1e15, however large; the shortest text that reads back.
+  EXPECT_EQ(sql::Double(Variant(100000)), "100000.0");
+  EXPECT_EQ(sql::Double(Variant(-1e6)), "-1000000.0");
+  EXPECT_EQ(sql::Double(Variant(1e9)), "1000000000.0");
+  EXPECT_EQ(sql::Double(Variant(123456789.125)), "123456789.125");
+  EXPECT_EQ(sql::Double(Variant(999999999999999.0)), "999999999999999.0");
+  EXPECT_EQ(sql::Double(Variant(0.1 + 0.2)), "0.30000000000000004");
+  EXPECT_EQ(sql::Double(Variant(0.0001)), "0.0001");
+  EXPECT_EQ(sql::Double(Variant(1e15)), "1e+15");
+  EXPECT_EQ(sql::Double(Variant(1.5e-5)), "1.5e-05");
+  EXPECT_EQ(Variant(100000.0).ToText(), "100000");
+  EXPECT_EQ(Variant(-2.5e20).ToText(), "-2.5e+20");
   EXPECT_EQ(orvtest::ErrorOf([] { sql::Double(Variant("1,5")); }), kErrTypeMismatch);
 }
 
