@@ -1,5 +1,6 @@
 #include "definitions/CActivitiesDP.h"
 
+#include "access/NumberText.h"
 #include "access/SqlValues.h"
 
 namespace orvmysql {
@@ -48,8 +49,12 @@ constexpr dp::Assignment kSet[] = {
 
 bool CActivitiesDP::Delete(int32_t /*definition_id*/, const std::string& activity_id) {
   return detail::Guard({"CActivitiesDP: IActivitiesDP_Delete Function (", true}, [&] {
-    // The ID arrives as text; only its number reaches the statements.
-    const std::string id = sql::Long(Variant(activity_id));
+    // The ID arrives as text and is written as it is given, once it is known
+    // to be a whole number.
+    if (!IsDecimalNumber(activity_id, true)) {
+      ThrowRuntimeError(kErrTypeMismatch, "the activity id '" + activity_id + "' is not a number");
+    }
+    const std::string& id = activity_id;
     return InSession([&] {
       NonQuery("DELETE FROM tblActivityParamBag WHERE FKActivityID = " + id);
       NonQuery("DELETE FROM tblActivityPropertyBag WHERE FKActivityID = " + id);

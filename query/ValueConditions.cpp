@@ -4,6 +4,7 @@
 
 #include "access/ErrorHandling.h"
 #include "access/General.h"
+#include "access/NumberText.h"
 #include "query/Operators.h"
 #include "query/Renderers.h"
 #include "query/TextUtil.h"
@@ -15,42 +16,16 @@ namespace {
 constexpr std::string_view kNumericLocation =
     "CConditionToStringBuilder:GetNumericCondition method";
 
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
-// The value's text when it is a number as SQL writes one (sign, digits,
-// decimal point, exponent), trimmed of blanks; anything else raises 13 so that
-// an unquoted value can never add SQL of its own.
+// The value's text, as it is given, when it is a number as SQL writes one
+// (blanks around it allowed); anything else raises 13 so that an unquoted
+// value can never add SQL of its own.
 std::string NumericLiteral(const CCondition& condition, const Variant& value) {
-  const std::string text = value.ToText();
-  const std::string_view number = TrimBlanks(text);
-  std::size_t i = 0;
-  const auto digits = [&] {
-    std::size_t start = i;
-    while (i < number.size() && IsDigit(number[i])) ++i;
-    return i - start;
-  };
-  const auto sign = [&] {
-    if (i < number.size() && (number[i] == '+' || number[i] == '-')) ++i;
-  };
-  sign();
-  std::size_t mantissa = digits();
-  if (i < number.size() && number[i] == '.') {
-    ++i;
-    mantissa += digits();
-  }
-  bool valid = mantissa > 0;
-  if (valid && i < number.size() && (number[i] == 'e' || number[i] == 'E')) {
-    ++i;
-    sign();
-    valid = digits() > 0;
-  }
-  if (!valid || i != number.size()) {
+  std::string text = value.ToText();
+  if (!IsDecimalNumber(text)) {
     ThrowRuntimeError(kErrTypeMismatch, "the value '" + text + "' of the attribute '" +
                                             condition.AttributeName() + "' is not a number");
   }
-  return std::string(number);
+  return text;
 }
 
 // Text operators: COL + keyword + "'" + lead + VAL + trail + "'".

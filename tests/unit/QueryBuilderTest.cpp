@@ -91,7 +91,7 @@ TEST_F(QueryBuilderTest, NumericOperatorsAndTheNullPairing) {
   EXPECT_EQ(Pred("Id", dcoEqualto, 5), "t.`Id` = 5");
   EXPECT_EQ(Pred("Num", dconotequalto, "7"), "t.`Num` <> 7");
   EXPECT_EQ(Pred("Fk", dcoLessThan, 2.5), "t.`Fk` < 2.5");
-  EXPECT_EQ(Pred("Small", dcoGreaterThan, " 42 "), "t.`Small` > 42");
+  EXPECT_EQ(Pred("Small", dcoGreaterThan, " 42 "), "t.`Small` >  42 ");
   EXPECT_EQ(Pred("Id", dcoLessThanEqualTo, "-3.5"), "t.`Id` <= -3.5");
   EXPECT_EQ(Pred("Id", dcoGreaterThanEqualTo, "1e5"), "t.`Id` >= 1e5");
   EXPECT_EQ(Pred("Id", dcoNull, "ignored"), "t.`Id` IS NULL ");
@@ -127,6 +127,7 @@ TEST_F(QueryBuilderTest, UnquotedValuesMustBeNumbers) {
 
 TEST_F(QueryBuilderTest, BitMasksAndBooleans) {
   EXPECT_EQ(Pred("Mask", dcoEqualto, 4), "t.`Mask` = 4");
+  EXPECT_EQ(Pred("Mask", dcoEqualto, " 7 "), "t.`Mask` =  7 ");
   EXPECT_EQ(Pred("Mask", dconotequalto, "4"), "t.`Mask` <> 4");
   EXPECT_EQ(Pred("Mask", dcoContains, 4), "t.`Mask` & 4 = 4");
   EXPECT_EQ(Pred("Mask", dcoDoesNotContain, 4), "t.`Mask` & 4 = 0 ");
