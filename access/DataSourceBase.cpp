@@ -39,7 +39,7 @@ std::string DataSourceBase::NextID(int32_t entity_type_code, int line) {
 
 bool DataSourceBase::RowExists(const std::string& table, const std::string& condition, int line) {
   detail::MarkLine(line);
-  return Exists(Conn(), table, condition);
+  return Exists(connection_.get(), table, condition);
 }
 
 void DataSourceBase::StartSession(int line) {

@@ -142,9 +142,9 @@ TEST_F(KeyGenLive, ConcurrentWritersNeverShareAKey) {
 
 TEST_F(KeyGenLive, ExistsAnswersForTheCondition) {
   auto c = Db().NewConnection();
-  EXPECT_TRUE(Exists(*c, "tblKeyGen", "EntityTypeCode = -10"));
-  EXPECT_FALSE(Exists(*c, "tblKeyGen", "EntityTypeCode = 12345"));
-  EXPECT_FALSE(Exists(*c, "tblWorkitems", "1=1"));
+  EXPECT_TRUE(Exists(c.get(), "tblKeyGen", "EntityTypeCode = -10"));
+  EXPECT_FALSE(Exists(c.get(), "tblKeyGen", "EntityTypeCode = 12345"));
+  EXPECT_FALSE(Exists(c.get(), "tblWorkitems", "1=1"));
 }
 
 TEST_F(KeyGenLive, SchemaInstallRunsTwiceAndKeepsCounters) {

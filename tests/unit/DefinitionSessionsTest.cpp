@@ -3,6 +3,7 @@
 // error trail without a connection. What the database stores is proved by the
 // live tests.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -123,8 +124,13 @@ TEST(DefinitionSessions, BadValuesStopBeforeTheSessionStarts) {
   auto activities = On<CActivitiesDP>(connection);
   EXPECT_THROW(activities->Add(FieldArray(15)), Error);
   EXPECT_THROW(activities->Delete(1, "7; DROP TABLE tblActivities"), Error);
+  EXPECT_THROW(activities->Delete(1, "12.5"), Error);
   EXPECT_TRUE(connection->statements.empty());
   EXPECT_EQ(connection->starts, 0);
+
+  // A valid key is written as it is given.
+  activities->Delete(1, "00900102");
+  EXPECT_EQ(connection->statements.back(), "DELETE FROM tblActivities WHERE ActivityID = 00900102");
 }
 
 TEST(DefinitionSessions, MissingConnectionIsNamedWhereTheOperationSaysSo) {
@@ -142,6 +148,7 @@ TEST(DefinitionSessions, MissingConnectionIsNamedWhereTheOperationSaysSo) {
   } catch (const Error& e) {
     EXPECT_EQ(e.Number(), kErrObjectNotSet);
     EXPECT_FALSE(e.Description().ends_with(" (Connection)")) << e.Description();
+    EXPECT_THAT(e.Source(), testing::HasSubstr(" => \r\nmodQueryHelper:Exists Ln "));
   }
 }
 
