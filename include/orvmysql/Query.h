@@ -223,7 +223,19 @@ class ORVMYSQL_EXPORT CQuery : public virtual IObject {
   // value or nests expressions deeper than kMaxExpressionDepth raises error 5
   // naming the fault and its line and column; the query is then unchanged.
   void FromXML(std::string_view xml);
-  // The query document; FromXML of it reproduces this query.
+  // The query document; FromXML of it reproduces this query. Its shape:
+  //   <query entity= maxrows= distinct= columnset=> <columnset/>
+  //     <criteria><conditionexpression logicaloperator=>
+  //       <conditionexpressions>...nested expressions...</conditionexpressions>
+  //       <conditions><condition attributename= operator= valuetype=>value
+  //       </condition></conditions></conditionexpression></criteria>
+  //     <joins/> <orderby><sort attributename= sortorder=/></orderby> <parameters/>
+  //   </query>
+  // A condition whose value is not plain text carries one attribute more,
+  // vartype ("null", "boolean", "long", "double", "date", or "text" for a text
+  // of blanks only), so that the value reads back with its type. It is an
+  // addition to the engine's document: readers that do not know it may ignore
+  // it and take the element text as the value.
   std::string ToXML() const;
 
  private:
