@@ -1,6 +1,11 @@
 #include "orvmysql/Query.h"
 
+#include <iterator>
+#include <utility>
+#include <vector>
+
 #include "query/DescriptionGuard.h"
+#include "query/Nesting.h"
 
 namespace orvmysql {
 
@@ -89,8 +94,56 @@ CConditionExpression::CConditionExpression(LogicalOperatorEnum op)
       expressions_(std::make_shared<CConditionExpressionList>()),
       logical_operator_(op) {}
 
+CConditionExpression::~CConditionExpression() {
+  // Children that only this tree holds are emptied before they die, so each
+  // release below frees one node and never a chain.
+  std::vector<std::shared_ptr<CConditionExpression>> pending;
+  const auto adopt_children = [&pending](CConditionExpression& node) {
+    if (!node.expressions_ || node.expressions_.use_count() != 1) return;
+    auto& items = node.expressions_->items_;
+    std::move(items.begin(), items.end(), std::back_inserter(pending));
+    items.clear();
+  };
+  adopt_children(*this);
+  while (!pending.empty()) {
+    std::shared_ptr<CConditionExpression> next = std::move(pending.back());
+    pending.pop_back();
+    if (next && next.use_count() == 1) adopt_children(*next);
+  }
+}
+
+namespace detail {
+
+void RequireNestingWithinLimit(const CConditionExpression& root) {
+  std::vector<std::pair<const CConditionExpression*, int>> stack{{&root, 1}};
+  while (!stack.empty()) {
+    const auto [node, depth] = stack.back();
+    stack.pop_back();
+    if (depth > kMaxExpressionDepth) {
+      ThrowRuntimeError(kErrInvalidCall, "condition expressions are nested deeper than " +
+                                             std::to_string(kMaxExpressionDepth) + " levels");
+    }
+    for (const auto& child : *node->ConditionExpressions())
+      stack.emplace_back(child.get(), depth + 1);
+  }
+}
+
+}  // namespace detail
+
+namespace {
+
+// Nesting of Accept calls on this thread; the outermost one checks the depth.
+thread_local int accept_nesting = 0;
+
+}  // namespace
+
 bool CConditionExpression::Accept(IVisitor& visitor) {
   return detail::GuardDescription("CConditionExpression:IComposite_Accept Ln ", [&] {
+    if (accept_nesting == 0) detail::RequireNestingWithinLimit(*this);
+    struct Nesting {
+      Nesting() { ++accept_nesting; }
+      ~Nesting() { --accept_nesting; }
+    } nesting;
     if (visitor.VisitEnter(*this)) {
       for (const auto& expression : *expressions_) {
         if (!expression->Accept(visitor)) return false;

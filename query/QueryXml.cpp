@@ -27,6 +27,7 @@
 
 #include "access/NumberText.h"
 #include "orvmysql/Query.h"
+#include "query/Nesting.h"
 #include "query/Operators.h"
 #include "query/TextUtil.h"
 
@@ -286,7 +287,10 @@ std::string CQuery::ToXML() const {
   query.append_attribute("columnset") = "";
   query.append_child("columnset");
   pugi::xml_node criteria = query.append_child("criteria");
-  if (criteria_) WriteExpression(criteria, *criteria_);
+  if (criteria_) {
+    detail::RequireNestingWithinLimit(*criteria_);
+    WriteExpression(criteria, *criteria_);
+  }
   query.append_child("joins");
   pugi::xml_node order_by = query.append_child("orderby");
   for (const auto& key : *order_by_) {

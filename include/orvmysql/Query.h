@@ -73,7 +73,8 @@ enum ConditionFieldValueTypeEnum : int32_t { dcfvtConstant = 0, dcfvtUserDefined
 
 enum SortOrderEnum : int32_t { dsAscending = 0, dsDescending = 1 };
 
-// Expressions nested deeper than this are refused by FromXML (error 5).
+// Expressions nested deeper than this are refused (error 5) by FromXML, and by
+// Accept and ToXML for trees built in code, before any of the tree is walked.
 inline constexpr int kMaxExpressionDepth = 100;
 
 // A leaf of the condition tree: attribute, operator and value.
@@ -136,6 +137,8 @@ class ORVMYSQL_EXPORT QueryList : public virtual IObject {
       : add_context_(add_context), item_context_(item_context) {}
 
  private:
+  friend class CConditionExpression;  // releases deep trees without recursion
+
   std::vector<std::shared_ptr<T>> items_;
   std::string_view add_context_;
   std::string_view item_context_;
@@ -161,6 +164,9 @@ class ORVMYSQL_EXPORT COrderExpressionList : public QueryList<COrderExpression> 
 class ORVMYSQL_EXPORT CConditionExpression : public ICompositeNode {
  public:
   explicit CConditionExpression(LogicalOperatorEnum op = dloAnd);
+  // Releases nested expressions one at a time, so that a tree of any depth
+  // is destroyed without one stack frame per level.
+  ~CConditionExpression() override;
 
   const std::shared_ptr<CConditions>& Conditions() const { return conditions_; }
   const std::shared_ptr<CConditionExpressionList>& ConditionExpressions() const {
@@ -174,7 +180,8 @@ class ORVMYSQL_EXPORT CConditionExpression : public ICompositeNode {
   // conditions of the same node. A false VisitEnter skips the children but
   // still leads to VisitLeave; a false from a child stops the walk without
   // VisitLeave. Errors get "CConditionExpression:IComposite_Accept Ln " and
-  // the line added to their description.
+  // the line added to their description. A tree nested deeper than
+  // kMaxExpressionDepth raises 5 before the visitor sees any node.
   bool Accept(IVisitor& visitor) override;
 
  private:
@@ -235,7 +242,8 @@ class ORVMYSQL_EXPORT CQuery : public virtual IObject {
   // vartype ("null", "boolean", "long", "double", "date", or "text" for a text
   // of blanks only), so that the value reads back with its type. It is an
   // addition to the engine's document: readers that do not know it may ignore
-  // it and take the element text as the value.
+  // it and take the element text as the value. Criteria nested deeper than
+  // kMaxExpressionDepth raise 5.
   std::string ToXML() const;
 
  private:

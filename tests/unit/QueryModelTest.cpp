@@ -139,5 +139,44 @@ TEST(QueryModelTest, AVisitorErrorPassesEachNodeOnItsWayOut) {
                            " => \r\nCConditionExpression:IComposite_Accept Ln [0-9]+"));
 }
 
+// A chain of expressions, each the only nested expression of the one above.
+std::shared_ptr<CConditionExpression> Chain(int levels) {
+  auto root = Group(dloAnd, {Cond("X", dcoEqualto, 1)});
+  auto node = root;
+  for (int level = 1; level < levels; ++level) {
+    auto child = Group(dloOr, {Cond("X", dcoEqualto, level)});
+    node->ConditionExpressions()->Add(child);
+    node = child;
+  }
+  return root;
+}
+
+TEST(QueryModelTest, DeepTreesBuiltInCodeAreRefusedWholeAndReleasedWithoutRecursion) {
+  auto map = std::make_shared<CAttributes>();
+  map->Add("t", "X", "X", 3);
+  EXPECT_NO_THROW(CConditionToStringBuilder().ToString(Chain(kMaxExpressionDepth), map));
+
+  CQuery query;
+  query.SetCriteria(Chain(200000));
+  Recorder recorder;
+  Error walked = Raised([&] { query.Criteria()->Accept(recorder); });
+  EXPECT_EQ(walked.Number(), kErrInvalidCall);
+  EXPECT_THAT(walked.Description(), MatchesRegex("Invalid procedure call or argument: condition "
+                                                 "expressions are nested deeper than 100 levels"
+                                                 " => \r\nCConditionExpression:IComposite_"
+                                                 "Accept Ln [0-9]+"));
+  EXPECT_TRUE(recorder.calls.empty());
+  EXPECT_EQ(Raised([&] { query.ToXML(); }).Number(), kErrInvalidCall);
+  EXPECT_EQ(Raised([&] { CConditionToStringBuilder().ToString(query.Criteria(), map); }).Number(),
+            kErrInvalidCall);
+  // Releasing 200,000 levels must not need 200,000 stack frames.
+  query.SetCriteria(nullptr);
+
+  // A subtree still held elsewhere survives the release of its parent.
+  auto kept = Chain(3);
+  { auto parent = Group(dloAnd, {}, {kept}); }
+  EXPECT_EQ(kept->ConditionExpressions()->Item(1)->ConditionExpressions()->Count(), 1);
+}
+
 }  // namespace
 }  // namespace orvtest

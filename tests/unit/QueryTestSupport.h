@@ -9,6 +9,8 @@
 #include <memory>
 #include <string>
 
+#include "orvmysql/Attributes.h"
+#include "orvmysql/ConditionBuilder.h"
 #include "orvmysql/Error.h"
 #include "orvmysql/Query.h"
 #include "orvmysql/Variant.h"
