@@ -71,6 +71,10 @@ std::string LiteralPattern(std::string_view text) {
   return GetQuotedString(EscapeLikeString(text), true);
 }
 
+Key Key::Text(std::string_view text) {
+  return Key("'" + GetQuotedString(text, true) + "'");
+}
+
 }  // namespace orvmysql::dp
 
 namespace orvmysql {
@@ -88,11 +92,11 @@ int32_t TableProvider::InsertWithNewKey(
 }
 
 std::shared_ptr<IListIterator> TableProvider::RowsWhere(std::string_view select,
-                                                        std::string_view filter, int32_t id,
+                                                        std::string_view filter, const dp::Key& key,
                                                         Where where) {
   std::string text(select);
   text += filter;
-  text += std::to_string(id);
+  text += key.Literal();
   return Rows(text, where);
 }
 
@@ -101,38 +105,51 @@ std::shared_ptr<IListIterator> TableProvider::RowsWithTail(std::string_view sele
   return Rows(std::string(select) + " " + tail, where);
 }
 
+std::string TableProvider::InsertValues(const dp::KeyedTable& t, const FieldArray& fields) {
+  auto v = dp::FormatFields(fields, t.add_layout);
+  if (t.complete != nullptr) t.complete(v);
+  return t.insert_order.empty() ? dp::Joined(v, 0, v.size()) : dp::Joined(v, t.insert_order);
+}
+
 int32_t TableProvider::AddRow(const dp::KeyedTable& t, const FieldArray& fields) {
   return detail::Guard({t.locations.add, t.connection_on_91}, [&] {
-    auto v = dp::FormatFields(fields, t.add_layout);
-    if (t.complete != nullptr) t.complete(v);
-    const std::string values =
-        t.insert_order.empty() ? dp::Joined(v, 0, v.size()) : dp::Joined(v, t.insert_order);
+    const std::string values = InsertValues(t, fields);
     return InsertWithNewKey(t.entity_type_code, [&](const std::string& key) {
       return std::string(t.insert_head) + key + "," + values + ")";
     });
   });
 }
 
-int32_t TableProvider::UpdateRow(const dp::KeyedTable& t, int32_t id, const FieldArray& fields) {
+bool TableProvider::AddRowWithKey(const dp::KeyedTable& t, const dp::Key& key,
+                                  const FieldArray& fields) {
+  return detail::Guard({t.locations.add, t.connection_on_91}, [&] {
+    const std::string values = InsertValues(t, fields);
+    return NonQuery(std::string(t.insert_head) + key.Literal() + "," + values + ")") > 0;
+  });
+}
+
+int32_t TableProvider::UpdateRow(const dp::KeyedTable& t, const dp::Key& key,
+                                 const FieldArray& fields) {
   return detail::Guard({t.locations.update, t.connection_on_91}, [&] {
     auto v = dp::FormatFields(fields, t.update_layout);
     if (t.complete != nullptr) t.complete(v);
     return NonQuery(std::string(t.update_head) + dp::Assignments(t.update_set, v) +
-                    std::string(t.update_where) + std::to_string(id));
+                    std::string(t.update_where) + key.Literal());
   });
 }
 
-void TableProvider::DeleteRows(const dp::KeyedTable& t, int32_t id, int32_t owner_id) {
+void TableProvider::DeleteRows(const dp::KeyedTable& t, const dp::Key& key, int32_t owner_id) {
   detail::Guard({t.locations.remove, t.connection_on_91}, [&] {
     const bool whole_owner = owner_id >= 1 && !t.delete_all.empty();
     return NonQuery(whole_owner ? std::string(t.delete_all) + std::to_string(owner_id)
-                                : std::string(t.delete_one) + std::to_string(id));
+                                : std::string(t.delete_one) + key.Literal());
   });
 }
 
-std::shared_ptr<IListIterator> TableProvider::RowsByKey(const dp::KeyedTable& t, int32_t id) {
+std::shared_ptr<IListIterator> TableProvider::RowsByKey(const dp::KeyedTable& t,
+                                                        const dp::Key& key) {
   return detail::Guard({t.locations.by_key, t.connection_on_91},
-                       [&] { return RowsWhere(t.select, t.by_key, id); });
+                       [&] { return RowsWhere(t.select, t.by_key, key); });
 }
 
 std::shared_ptr<IListIterator> TableProvider::RowsByOwner(const dp::KeyedTable& t,
@@ -145,6 +162,20 @@ std::shared_ptr<IListIterator> TableProvider::RowsLoad(const dp::KeyedTable& t,
                                                        const std::string& tail) {
   return detail::Guard({t.locations.load, t.connection_on_91},
                        [&] { return RowsWithTail(t.select, tail); });
+}
+
+int32_t TableProvider::CurrentState(const dp::KeyedTable& t, const dp::Key& key) {
+  return detail::Guard({t.locations.current_state, t.connection_on_91}, [&] {
+    return Variant(Scalar(std::string(t.state_read) + key.Literal(), "0")).ToLong();
+  });
+}
+
+bool TableProvider::ChangeStateWord(const dp::KeyedTable& t, const dp::Key& key, int32_t value,
+                                    bool add) {
+  return detail::Guard({t.locations.change_state, t.connection_on_91}, [&] {
+    return NonQuery(std::string(add ? t.state_add : t.state_set) + std::to_string(value) +
+                    std::string(t.update_where) + key.Literal()) > 0;
+  });
 }
 
 void TableProvider::EndSessionAfterFailure() noexcept {

@@ -14,6 +14,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "access/DataSourceBase.h"
@@ -58,6 +59,20 @@ std::string Joined(const std::vector<std::string>& values, std::span<const std::
 // wildcards escaped, then quoted and cut to 255 characters.
 std::string LiteralPattern(std::string_view text);
 
+// A row's key as it is written into SQL: a number in decimal, or a text
+// quoted by GetQuotedString (cut to 255 characters) for tables whose key is
+// the caller's text. Numbers convert implicitly.
+class Key {
+ public:
+  Key(int32_t id) : literal_(std::to_string(id)) {}  // NOLINT(google-explicit-constructor)
+  static Key Text(std::string_view text);
+  const std::string& Literal() const { return literal_; }
+
+ private:
+  explicit Key(std::string literal) : literal_(std::move(literal)) {}
+  std::string literal_;
+};
+
 // Statements, layouts and location texts of a table whose rows have a key
 // from GetNextID and belong to an owner (an activity or a definition). The
 // providers of the bags, the process parameters, the transitions and the
@@ -66,6 +81,7 @@ struct KeyedTable {
   // Location texts of the operations for the error trail.
   struct Locations {
     std::string_view add{}, update{}, remove{}, by_key{}, by_owner{}, load{};
+    std::string_view current_state{}, change_state{};
   };
   Locations locations{};
   // Whether error 91 gets " (Connection)" appended in every operation.
@@ -89,6 +105,11 @@ struct KeyedTable {
 
   std::string_view delete_one{};  // "DELETE ... WHERE <key> = "
   std::string_view delete_all{};  // "DELETE ... WHERE <owner> = "; empty when not offered
+
+  // The State word, for tables that have one; the key clause is update_where.
+  std::string_view state_read{};  // "SELECT State FROM <table> WHERE <key> = "
+  std::string_view state_set{};   // "UPDATE <table> SET `State` = "
+  std::string_view state_add{};   // "UPDATE <table> SET `State` = `State` + "
 
   // Adjusts the formatted values of Add and Update before they are written.
   void (*complete)(std::vector<std::string>& values) = nullptr;
@@ -115,20 +136,27 @@ class TableProvider : public DataSourceBase {
                            Where where = __builtin_LINE());
 
   // The operations of a keyed table, each under its own location text.
-  // AddRow returns the new key or -1; UpdateRow the number of rows matched.
-  // DeleteRows deletes the row with the key when owner_id < 1, otherwise every
-  // row of the owner.
+  // AddRow returns the new key or -1; AddRowWithKey inserts under the caller's
+  // key, without a session, and is true when a row was inserted; UpdateRow
+  // returns the number of rows matched. DeleteRows deletes the row with the key
+  // when owner_id < 1, otherwise every row of the owner.
   int32_t AddRow(const dp::KeyedTable& table, const FieldArray& fields);
-  int32_t UpdateRow(const dp::KeyedTable& table, int32_t id, const FieldArray& fields);
-  void DeleteRows(const dp::KeyedTable& table, int32_t id, int32_t owner_id);
-  std::shared_ptr<IListIterator> RowsByKey(const dp::KeyedTable& table, int32_t id);
+  bool AddRowWithKey(const dp::KeyedTable& table, const dp::Key& key, const FieldArray& fields);
+  int32_t UpdateRow(const dp::KeyedTable& table, const dp::Key& key, const FieldArray& fields);
+  void DeleteRows(const dp::KeyedTable& table, const dp::Key& key, int32_t owner_id);
+  std::shared_ptr<IListIterator> RowsByKey(const dp::KeyedTable& table, const dp::Key& key);
   std::shared_ptr<IListIterator> RowsByOwner(const dp::KeyedTable& table, int32_t owner_id);
   std::shared_ptr<IListIterator> RowsLoad(const dp::KeyedTable& table, const std::string& tail);
+  // The row's State word, 0 when there is no row or the word is NULL.
+  int32_t CurrentState(const dp::KeyedTable& table, const dp::Key& key);
+  // Sets the State word to value, or adds value to it (arithmetically, in one
+  // UPDATE); true when the row exists.
+  bool ChangeStateWord(const dp::KeyedTable& table, const dp::Key& key, int32_t value, bool add);
 
-  // select + filter + id in decimal, for example
+  // select + filter + the key, for example
   // "SELECT ... FROM tblSwitches " + " WHERE SwitchID = " + "12".
   std::shared_ptr<IListIterator> RowsWhere(std::string_view select, std::string_view filter,
-                                           int32_t id, Where where = __builtin_LINE());
+                                           const dp::Key& key, Where where = __builtin_LINE());
   // select + " " + the caller's tail, passed on unchanged (trusted SQL).
   std::shared_ptr<IListIterator> RowsWithTail(std::string_view select, const std::string& tail,
                                               Where where = __builtin_LINE());
@@ -137,6 +165,8 @@ class TableProvider : public DataSourceBase {
   // Ends the session without marking a line, dropping any error: used only
   // while another error is on its way out.
   void EndSessionAfterFailure() noexcept;
+  // The values of an INSERT after the key, formatted by the table's layout.
+  static std::string InsertValues(const dp::KeyedTable& table, const FieldArray& fields);
 };
 
 template <class Body>
