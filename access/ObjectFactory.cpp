@@ -19,6 +19,9 @@
 #include "orvmysql/DataHandler.h"
 #include "orvmysql/Error.h"
 #include "orvmysql/Query.h"
+#include "runtime/CPathInstanceDP.h"
+#include "runtime/CSplitInstanceDP.h"
+#include "runtime/CThreadInstanceDP.h"
 #include "runtime/PendingProviders.h"
 
 namespace orvmysql {

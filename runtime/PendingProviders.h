@@ -13,9 +13,6 @@ class CWorkitemsDP : public DataSourceBase {};
 class CProcInstanceDP : public DataSourceBase {};
 class COrvEngineDP : public DataSourceBase {};
 class CActivityInstanceDP : public DataSourceBase {};
-class CSplitInstanceDP : public DataSourceBase {};
-class CPathInstanceDP : public DataSourceBase {};
-class CThreadInstanceDP : public DataSourceBase {};
 class CPIReleventDataDP : public DataSourceBase {};
 class CProcInstDataDP : public DataSourceBase {};
 

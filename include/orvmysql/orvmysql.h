@@ -12,5 +12,6 @@
 #include "orvmysql/List.h"
 #include "orvmysql/Object.h"
 #include "orvmysql/Query.h"
+#include "orvmysql/Routing.h"
 #include "orvmysql/Variant.h"
 #include "orvmysql/Visitor.h"
