@@ -321,7 +321,7 @@ CREATE TABLE IF NOT EXISTS tblProcPathInstance (
   FKProcInstanceID INT NULL,
   State INT NULL,
   KEY ixProcPathInstanceProcess (FKProcInstanceID),
-  KEY ixProcPathInstanceSplit (FKSplitInstanceID)
+  KEY ixProcPathInstanceSplitState (FKSplitInstanceID, State)
 ) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4 COLLATE=utf8mb4_unicode_ci;
 
 CREATE TABLE IF NOT EXISTS tblProcThreadInstance (
