@@ -10,64 +10,17 @@
 #include <string>
 #include <vector>
 
-#include "access/RSList.h"
 #include "definitions/CActivitiesDP.h"
 #include "definitions/COrvDefinitionsDP.h"
 #include "definitions/CSwitchesDP.h"
 #include "orvmysql/Error.h"
+#include "support/RecordingConnection.h"
 
 namespace orvmysql {
 namespace {
 
-// Records every statement and the session depth; hands out keys from a fixed
-// tblKeyGen row and fails statements that contain fail_on.
-class RecordingConnection : public IConnection {
- public:
-  std::vector<std::string> statements;
-  int depth = 0;
-  int starts = 0;
-  std::string fail_on;
-
-  std::string ConnectionString() const override { return {}; }
-  void StartSession() override {
-    ++depth;
-    ++starts;
-  }
-  void EndSession(const Variant&) override {
-    if (depth > 0) --depth;
-  }
-  bool TestConnection() override { return false; }
-  std::shared_ptr<IListIterator> Execute(const std::string& sql) override {
-    Record(sql);
-    if (sql.find("tblKeyGen") != std::string::npos) {
-      return MakeRowList({"LastAllocatedKey", "Seed", "Increment", "Offset"}, {{41, 0, 1, 1}});
-    }
-    return MakeRowList({"x"}, {});
-  }
-  int32_t ExecuteNonQuery(const std::string& sql) override {
-    Record(sql);
-    return 1;
-  }
-  std::string ExecuteScalar(const std::string& sql, const std::string& default_value) override {
-    Record(sql);
-    return default_value;
-  }
-
- private:
-  void Record(const std::string& sql) {
-    statements.push_back(sql);
-    if (!fail_on.empty() && sql.find(fail_on) != std::string::npos) {
-      throw Error(kErrDatabase, "orvmysql", sql + "\r\nserver said no");
-    }
-  }
-};
-
-template <class Provider>
-std::shared_ptr<Provider> On(const std::shared_ptr<RecordingConnection>& connection) {
-  auto provider = std::make_shared<Provider>();
-  provider->Init(connection);
-  return provider;
-}
+using orvtest::On;
+using orvtest::RecordingConnection;
 
 TEST(DefinitionSessions, CascadeDeletesDependantsFirstInOneSession) {
   auto connection = std::make_shared<RecordingConnection>();
