@@ -74,9 +74,10 @@ class Key {
 };
 
 // Statements, layouts and location texts of a table whose rows have a key
-// from GetNextID and belong to an owner (an activity or a definition). The
-// providers of the bags, the process parameters, the transitions and the
-// switches are such tables.
+// (from GetNextID, or the caller's text) and belong to an owner (an activity,
+// a definition or a process instance). The providers of the bags, the process
+// parameters, the transitions and the switches, and of the splits, paths and
+// threads of routing are such tables.
 struct KeyedTable {
   // Location texts of the operations for the error trail.
   struct Locations {
