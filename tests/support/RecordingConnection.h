@@ -1,6 +1,7 @@
 #pragma once
 
-// A connection without a database for the unit tests: it records every
+// A connection without a database, for tests that need the statements a
+// provider writes rather than their effect: it records every
 // statement and the session depth, hands out keys from a fixed tblKeyGen row
 // (the next key is 42), answers scalars with their default, and fails the
 // statements that contain fail_on.
