@@ -85,8 +85,8 @@ class XmlMessages {
     self->text_ += error->message;
     if (error->line > 0) {
       while (!self->text_.empty() && self->text_.back() == '\n') self->text_.pop_back();
-      self->text_ += " (line " + std::to_string(error->line) + ", column " +
-                     std::to_string(error->int2) + ")";
+      self->text_ +=
+          " (line " + std::to_string(error->line) + ", column " + std::to_string(error->int2) + ")";
     }
   }
 
@@ -134,8 +134,8 @@ std::shared_ptr<const Compiled> CompiledAt(const std::string& path) {
   XmlMessages messages(true);
   entry->style.reset(xsltParseStylesheetFile(reinterpret_cast<const xmlChar*>(path.c_str())));
   if (!entry->style) {
-    entry->problem = "display-name stylesheet '" + path +
-                     "': " + messages.Text("cannot be read or compiled");
+    entry->problem =
+        "display-name stylesheet '" + path + "': " + messages.Text("cannot be read or compiled");
   }
   return compiled.emplace(path, std::move(entry)).first->second;
 }
@@ -150,8 +150,8 @@ std::string ApplyStylesheet(const std::string& path, std::string_view xml) {
   }
 
   XmlMessages messages;
-  DocPtr doc(xmlReadMemory(xml.data(), static_cast<int>(xml.size()), nullptr, nullptr,
-                           XML_PARSE_NONET));
+  DocPtr doc(
+      xmlReadMemory(xml.data(), static_cast<int>(xml.size()), nullptr, nullptr, XML_PARSE_NONET));
   if (!doc) {
     ThrowRuntimeError(kErrInvalidCall,
                       "document: not well-formed XML: " + messages.Text("cannot be parsed"));
@@ -164,8 +164,8 @@ std::string ApplyStylesheet(const std::string& path, std::string_view xml) {
   DocPtr result(xsltApplyStylesheetUser(compiled->style.get(), doc.get(), nullptr, nullptr, nullptr,
                                         ctxt.get()));
   if (!result || ctxt->state != XSLT_STATE_OK) {
-    ThrowRuntimeError(kErrInvalidCall, "display-name stylesheet '" + path + "' failed: " +
-                                           messages.Text("no result"));
+    ThrowRuntimeError(kErrInvalidCall, "display-name stylesheet '" + path +
+                                           "' failed: " + messages.Text("no result"));
   }
   xmlChar* text = nullptr;
   int length = 0;

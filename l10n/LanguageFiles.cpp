@@ -21,9 +21,9 @@ XmlFile::XmlFile(std::string_view kind, std::string path) : kind_(kind), path_(s
   const pugi::xml_parse_result parsed =
       doc_.load_buffer(text_.data(), text_.size(), pugi::parse_default, pugi::encoding_utf8);
   if (!parsed) {
-    ThrowRuntimeError(kErrInvalidCall, kind_ + " '" + path_ + "': not well-formed XML: " +
-                                           parsed.description() + " (" +
-                                           LineAndColumn(text_, parsed.offset) + ")");
+    ThrowRuntimeError(kErrInvalidCall, kind_ + " '" + path_ +
+                                           "': not well-formed XML: " + parsed.description() +
+                                           " (" + LineAndColumn(text_, parsed.offset) + ")");
   }
 }
 

@@ -41,8 +41,9 @@ struct Loaded {
 };
 
 template <class T, class Read>
-std::shared_ptr<const Loaded<T>> LoadOnce(std::map<std::string, std::shared_ptr<const Loaded<T>>>& cache,
-                                          const std::string& key, Read&& read) {
+std::shared_ptr<const Loaded<T>> LoadOnce(
+    std::map<std::string, std::shared_ptr<const Loaded<T>>>& cache, const std::string& key,
+    Read&& read) {
   auto found = cache.find(key);
   if (found != cache.end()) return found->second;
   auto loaded = std::make_shared<Loaded<T>>();

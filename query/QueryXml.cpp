@@ -257,8 +257,8 @@ class DocumentReader {
   }
 
   [[noreturn]] void Fail(const std::string& what, std::ptrdiff_t offset) {
-    ThrowRuntimeError(kErrInvalidCall, "query document: " + what + " (" +
-                                           detail::LineAndColumn(xml_, offset) + ")");
+    ThrowRuntimeError(kErrInvalidCall,
+                      "query document: " + what + " (" + detail::LineAndColumn(xml_, offset) + ")");
   }
 
   std::string_view xml_;

@@ -50,35 +50,28 @@
   <xsl:template match="@attributename" mode="display">
     <xsl:call-template name="display-attribute">
       <xsl:with-param name="attribute" select="'attributedisplayname'"/>
-      <xsl:with-param name="entry" select="$names/n:attribute[translate(@name, $upper, $lower)
-                                           = translate(current(), $upper, $lower)]"/>
+      <xsl:with-param name="entries" select="$names/n:attribute"/>
     </xsl:call-template>
   </xsl:template>
 
   <xsl:template match="@operator" mode="display">
     <xsl:call-template name="display-attribute">
       <xsl:with-param name="attribute" select="'operatordisplayname'"/>
-      <xsl:with-param name="entry" select="$names/n:operator[translate(@name, $upper, $lower)
-                                           = translate(normalize-space(current()), $upper, $lower)
-                                           or @value = normalize-space(current())]"/>
+      <xsl:with-param name="entries" select="$names/n:operator"/>
     </xsl:call-template>
   </xsl:template>
 
   <xsl:template match="@logicaloperator" mode="display">
     <xsl:call-template name="display-attribute">
       <xsl:with-param name="attribute" select="'logicaloperatordisplayname'"/>
-      <xsl:with-param name="entry" select="$names/n:logical[translate(@name, $upper, $lower)
-                                           = translate(normalize-space(current()), $upper, $lower)
-                                           or @value = normalize-space(current())]"/>
+      <xsl:with-param name="entries" select="$names/n:logical"/>
     </xsl:call-template>
   </xsl:template>
 
   <xsl:template match="@sortorder" mode="display">
     <xsl:call-template name="display-attribute">
       <xsl:with-param name="attribute" select="'sortorderdisplayname'"/>
-      <xsl:with-param name="entry" select="$names/n:sort[translate(@name, $upper, $lower)
-                                           = translate(normalize-space(current()), $upper, $lower)
-                                           or @value = normalize-space(current())]"/>
+      <xsl:with-param name="entries" select="$names/n:sort"/>
     </xsl:call-template>
   </xsl:template>
 
@@ -89,9 +82,15 @@
     </xsl:call-template>
   </xsl:template>
 
+  <!-- The entry whose name or number is the value of the current attribute;
+       names are compared without regard to case only when none is equal. -->
   <xsl:template name="display-attribute">
     <xsl:param name="attribute"/>
-    <xsl:param name="entry"/>
+    <xsl:param name="entries"/>
+    <xsl:variable name="key" select="normalize-space(.)"/>
+    <xsl:variable name="exact" select="$entries[@name = $key or @value = $key]"/>
+    <xsl:variable name="entry" select="$exact | $entries[not($exact)]
+                                       [translate(@name, $upper, $lower) = translate($key, $upper, $lower)]"/>
     <xsl:if test="$entry">
       <xsl:attribute name="{$attribute}">
         <xsl:value-of select="$entry[1]"/>

@@ -23,10 +23,10 @@ constexpr int32_t kPaused = 0x20000000;
 CQuery WorkQuery() {
   CQuery query;
   query.SetEntityName("tblWorkitems");
-  query.SetCriteria(Group(dloAnd,
-                          {Cond("ResourceID", dcoEqualto, "ann"), Cond("State", dcoContains, kOpen)},
-                          {Group(dloOr, {Cond("Priority", dcoGreaterThanEqualTo, 2),
-                                         Cond("CreatedOn", dcoLastXDays, 7)})}));
+  query.SetCriteria(Group(
+      dloAnd, {Cond("ResourceID", dcoEqualto, "ann"), Cond("State", dcoContains, kOpen)},
+      {Group(dloOr,
+             {Cond("Priority", dcoGreaterThanEqualTo, 2), Cond("CreatedOn", dcoLastXDays, 7)})}));
   query.OrderBy()->Add(std::make_shared<COrderExpression>("Priority", dsDescending));
   return query;
 }
@@ -128,7 +128,9 @@ TEST_F(DisplayNames, EveryLanguageNamesEveryFilterAttributeAndOperator) {
 TEST_F(DisplayNames, StateWordsAndOperatorNumbers) {
   const std::string xml =
       "<rows><row State='134217729'/><row state='134217730'/><row State='134217732'/>"
-      "<row State='" + std::to_string(kOpen | kPaused) + "'/><row State='134217728'/>"
+      "<row State='" +
+      std::to_string(kOpen | kPaused) +
+      "'/><row State='134217728'/>"
       "<row State='1073741824'/><row State='17'/><row State='open'/>"
       "<condition attributename='state' operator=' 9 '>67108864</condition></rows>";
   const pugi::xml_document doc = Parse(TranslateDisplayNames(xml, "de"));
@@ -136,9 +138,9 @@ TEST_F(DisplayNames, StateWordsAndOperatorNumbers) {
   for (const auto& row : doc.select_nodes("//row")) {
     words.push_back(row.node().attribute("statedisplayname").value());
   }
-  EXPECT_THAT(words, ::testing::ElementsAre("abgeschlossen", "abgebrochen", "übersprungen",
-                                            "offen, angehalten", "geschlossen", "angehalten", "",
-                                            ""));
+  EXPECT_THAT(words,
+              ::testing::ElementsAre("abgeschlossen", "abgebrochen", "übersprungen",
+                                     "offen, angehalten", "geschlossen", "angehalten", "", ""));
   EXPECT_EQ(Attr(doc, "//condition", "valuedisplayname"), "offen");
   EXPECT_EQ(Attr(doc, "//condition", "operatordisplayname"), "enthält");
   EXPECT_EQ(Attr(doc, "//condition", "attributedisplayname"), "Status");
@@ -155,12 +157,14 @@ TEST_F(DisplayNames, BadDocumentsAndFailingStylesheetsRaiseAndMessagesGoOn) {
   const std::string catalog = kShippedData + "/messages/de.xlf";
   WriteFile(dir / "Languages.xml",
             "<languages>"
-            "<language locale='de_DE' name='Deutsch' catalog='" + catalog +
+            "<language locale='de_DE' name='Deutsch' catalog='" +
+                catalog +
                 "' stylesheet='broken.xsl'/>"
-                "<language locale='fr_FR' name='Français' catalog='" + catalog +
+                "<language locale='fr_FR' name='Français' catalog='" +
+                catalog +
                 "' stylesheet='stops.xsl'/>"
-                "<language locale='it_IT' name='Italiano' catalog='" + catalog +
-                "' stylesheet='missing.xsl'/></languages>");
+                "<language locale='it_IT' name='Italiano' catalog='" +
+                catalog + "' stylesheet='missing.xsl'/></languages>");
   WriteFile(dir / "broken.xsl",
             "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'>\n"
             "<xsl:template match='/'><xsl:value-of select='(('/></xsl:template>"
@@ -176,8 +180,7 @@ TEST_F(DisplayNames, BadDocumentsAndFailingStylesheetsRaiseAndMessagesGoOn) {
   EXPECT_EQ(broken.Number(), kErrInvalidCall);
   EXPECT_THAT(broken.Description(),
               HasSubstr("display-name stylesheet '" + (dir / "broken.xsl").string() + "'"));
-  EXPECT_EQ(Raised([] { TranslateDisplayNames("<query/>"); }).Description(),
-            broken.Description());
+  EXPECT_EQ(Raised([] { TranslateDisplayNames("<query/>"); }).Description(), broken.Description());
 
   const Error stops = Raised([] { TranslateDisplayNames("<query/>", "fr"); });
   EXPECT_THAT(stops.Description(), HasSubstr("failed: no display names for query"));

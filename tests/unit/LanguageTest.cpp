@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "LanguageTestSupport.h"
-#include "access/ErrorHandling.h"
 #include "access/Connection.h"
+#include "access/ErrorHandling.h"
 #include "query/EntityFilters.h"
 #include "support/ErrorCapture.h"
 
@@ -80,8 +80,9 @@ TEST_F(Languages, RaisedErrorsComeInTheChosenLanguageWithPlaceholdersFilled) {
   const Error german = Raised([] {
     detail::RaiseError(kMsgInvalidOperator, "here", {"dcoContains", "Status"});
   });
-  EXPECT_EQ(german.Description(), "Der Operator 'dcoContains' ist für das Attribut 'Status' nicht "
-                                  "zulässig.");
+  EXPECT_EQ(german.Description(),
+            "Der Operator 'dcoContains' ist für das Attribut 'Status' nicht "
+            "zulässig.");
   EXPECT_EQ(static_cast<uint32_t>(german.Number()), 0x80042003u);
   EXPECT_THAT(german.Source(), HasSubstr("[Err:8195]"));
 
@@ -148,7 +149,9 @@ TEST_F(Languages, NumbersACatalogLacksComeFromTheBuiltInTable) {
   SetLanguage("de");
   EXPECT_EQ(Raised([] { detail::RaiseError(8194, "x", {"Farbe"}); }).Description(),
             "Unbekannt: 'Farbe'");
-  EXPECT_EQ(Raised([] { detail::RaiseError(8195, "x", {"a", "b"}); }).Description(),
+  EXPECT_EQ(Raised([] {
+              detail::RaiseError(8195, "x", {"a", "b"});
+            }).Description(),
             "Operator 'a' is not a valid operator for the attribute 'b'.");
   EXPECT_EQ(MessageText(8196), "Error while generating primary key.");
   EXPECT_EQ(MessageText(99999), "Nur hier.");
@@ -183,9 +186,8 @@ TEST_F(Languages, MissingOrMalformedLanguagesFileIsReportedAndTheBuiltInTextsSer
   UseDataDir(missing.string());
   const Error e = Raised([] { SetLanguage("de"); });
   EXPECT_EQ(e.Number(), kErrInvalidCall);
-  EXPECT_THAT(e.Description(),
-              HasSubstr("languages file '" + (missing / "Languages.xml").string() +
-                        "': cannot be read (No such file or directory)"));
+  EXPECT_THAT(e.Description(), HasSubstr("languages file '" + (missing / "Languages.xml").string() +
+                                         "': cannot be read (No such file or directory)"));
   EXPECT_THAT(e.Source(), HasSubstr("Language:SetLanguage Ln "));
   EXPECT_EQ(Raised([] { InstalledLanguages(); }).Description(), e.Description());
   EXPECT_EQ(Raised([] { detail::RaiseError(kMsgPrimaryKey, "x"); }).Description(),
