@@ -16,7 +16,6 @@ thread_local LineFrame* g_top_frame = nullptr;
 std::atomic<std::string (*)(int32_t)> g_message_lookup = nullptr;
 
 // The library's own message table. Texts stand exactly as the engine shows them.
-
 constexpr Message kMessages[] = {
     {8192, "Read only object cannot be modified."},
     {8193, "Property is readonly"},
