@@ -237,7 +237,7 @@ void CConnection::OpenConn() {
       Error caught = detail::CurrentError();
       const std::string reason = caught.NativeError() != 0 ? caught.Description() : std::string();
       db_.reset();
-      std::string message = detail::LoadMessage(kMsgConnectFailed);
+      std::string message = detail::BuiltInMessage(kMsgConnectFailed);
       const std::string detail_text =
           "ErrNo:" + std::to_string(caught.Number()) + "\r\n" +
           " Details:" + (reason.empty() ? caught.Description() : reason);

@@ -1,9 +1,11 @@
 #include "access/ErrorHandling.h"
 
+#include <atomic>
 #include <new>
 #include <string>
 
 #include "access/Version.h"
+#include "l10n/Languages.h"
 
 namespace orvmysql::detail {
 
@@ -11,14 +13,9 @@ namespace {
 
 thread_local LineFrame* g_top_frame = nullptr;
 
-std::string (*g_message_lookup)(int32_t) = nullptr;
+std::atomic<std::string (*)(int32_t)> g_message_lookup = nullptr;
 
 // The library's own message table. Texts stand exactly as the engine shows them.
-struct Message {
-  int32_t number;
-  const char* text;
-};
-
 constexpr Message kMessages[] = {
     {8192, "Read only object cannot be modified."},
     {8193, "Property is readonly"},
@@ -140,15 +137,26 @@ void Reraise(const Handler& handler, int line) {
   throw error;
 }
 
-std::string LoadMessage(int32_t number) {
-  if (g_message_lookup != nullptr) {
-    std::string localized = g_message_lookup(number);
-    if (!localized.empty()) return localized;
-  }
+std::span<const Message> BuiltInMessages() {
+  return kMessages;
+}
+
+std::string BuiltInMessage(int32_t number) {
   for (const Message& m : kMessages) {
     if (m.number == number) return m.text;
   }
   ThrowRuntimeError(kErrResourceNotFound, std::to_string(number));
+}
+
+std::string HostMessage(int32_t number) {
+  auto* lookup = g_message_lookup.load();
+  return lookup != nullptr ? lookup(number) : std::string();
+}
+
+std::string LoadMessage(int32_t number) {
+  std::string text = HostMessage(number);
+  if (text.empty()) text = CatalogMessage(number);
+  return text.empty() ? BuiltInMessage(number) : text;
 }
 
 void SetMessageLookup(std::string (*lookup)(int32_t number)) {

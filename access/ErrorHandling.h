@@ -12,6 +12,7 @@
 // guarded.
 
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -81,10 +82,25 @@ decltype(auto) Guard(const Handler& handler, Body&& body, Cleanup&& cleanup,
   }
 }
 
-// The message text of a number: the per-language text when a language lookup
-// is installed and knows it, else the built-in table. Raises 326 for a number
-// in neither.
+// The message text of a number: the host's lookup when one is installed and
+// knows the number, else the current language's catalog, else the built-in
+// table. Raises 326 for a number in none of them; problems with the language
+// files never raise here.
 std::string LoadMessage(int32_t number);
+
+// One row of the library's own message table.
+struct Message {
+  int32_t number;
+  const char* text;
+};
+std::span<const Message> BuiltInMessages();
+
+// The text of the built-in table; raises 326 for a number not in it.
+std::string BuiltInMessage(int32_t number);
+
+// The installed host lookup's text, empty when there is none or it does not
+// know the number.
+std::string HostMessage(int32_t number);
 
 // Raises one of the library's own errors: number | 0x80040000, source
 // "pelOrv=> [Err:<number>][Ver:<major>.<minor>.<revision>]", and the message

@@ -257,19 +257,8 @@ class DocumentReader {
   }
 
   [[noreturn]] void Fail(const std::string& what, std::ptrdiff_t offset) {
-    std::size_t end = offset < 0 ? 0 : std::min(static_cast<std::size_t>(offset), xml_.size());
-    std::size_t line = 1, column = 1;
-    for (std::size_t i = 0; i < end; ++i) {
-      if (xml_[i] == '\n') {
-        ++line;
-        column = 1;
-      } else {
-        ++column;
-      }
-    }
-    ThrowRuntimeError(kErrInvalidCall, "query document: " + what + " (line " +
-                                           std::to_string(line) + ", column " +
-                                           std::to_string(column) + ")");
+    ThrowRuntimeError(kErrInvalidCall,
+                      "query document: " + what + " (" + detail::LineAndColumn(xml_, offset) + ")");
   }
 
   std::string_view xml_;

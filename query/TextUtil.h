@@ -1,6 +1,6 @@
 #pragma once
 
-// Small text helpers of the query model.
+// Small text helpers of the query model and the language files.
 
 #include <algorithm>
 #include <cctype>
@@ -30,6 +30,22 @@ inline bool SameText(std::string_view a, std::string_view b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
     return std::tolower(x) == std::tolower(y);
   });
+}
+
+// "line L, column C" of a byte offset into a text (both counted from 1);
+// a negative offset counts as its start, one past the end as its end.
+inline std::string LineAndColumn(std::string_view text, std::ptrdiff_t offset) {
+  const std::size_t end = offset < 0 ? 0 : std::min(static_cast<std::size_t>(offset), text.size());
+  std::size_t line = 1, column = 1;
+  for (std::size_t i = 0; i < end; ++i) {
+    if (text[i] == '\n') {
+      ++line;
+      column = 1;
+    } else {
+      ++column;
+    }
+  }
+  return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
 }  // namespace orvmysql::detail

@@ -12,5 +12,6 @@ namespace orvdemo {
 void DemoFoundation(orvmysql::CMYSqlDP& handler, std::ostream& out);
 void DemoDefinitions(orvmysql::CMYSqlDP& handler, std::ostream& out);
 void DemoQueries(orvmysql::CMYSqlDP& handler, std::ostream& out);
+void DemoLanguages(orvmysql::CMYSqlDP& handler, std::ostream& out);
 
 }  // namespace orvdemo

@@ -27,6 +27,7 @@ int main() {
     orvdemo::DemoFoundation(*handler, out);
     orvdemo::DemoDefinitions(*handler, out);
     orvdemo::DemoQueries(*handler, out);
+    orvdemo::DemoLanguages(*handler, out);
 
     devkit::AdminExecute(server->Address(), "DROP DATABASE `" + database + "`");
     out << "\nDropped database " << database << ". Done.\n";

@@ -9,6 +9,7 @@
 #include "orvmysql/Definitions.h"
 #include "orvmysql/Error.h"
 #include "orvmysql/Keys.h"
+#include "orvmysql/Language.h"
 #include "orvmysql/List.h"
 #include "orvmysql/Object.h"
 #include "orvmysql/Query.h"
