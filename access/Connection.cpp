@@ -260,7 +260,10 @@ void CConnection::CloseQuietly() noexcept {
 }
 
 void CConnection::StartSession() {
-  if (depth_ == 0) OpenConn();
+  if (depth_ == 0) {
+    max_packet_ = 0;  // a new session reads the server's limit afresh
+    OpenConn();
+  }
   if (depth_ == INT32_MAX) ThrowRuntimeError(kErrOverflow);
   ++depth_;
 }
@@ -346,6 +349,24 @@ std::string CConnection::ExecuteScalar(const std::string& sql, const std::string
         return value;
       },
       [&] { CloseQuietly(); });
+}
+
+void CConnection::RequireFits(std::size_t statement_bytes) {
+  if (max_packet_ == 0) {
+    const std::string packet = ExecuteScalar("SELECT @@max_allowed_packet", "0");
+    std::from_chars(packet.data(), packet.data() + packet.size(), max_packet_);
+  }
+  // A statement travels as one command byte and its text, and the server
+  // takes only packets shorter than max_allowed_packet.
+  const std::size_t largest = max_packet_ > 2 ? max_packet_ - 2 : SIZE_MAX;
+  if (statement_bytes <= largest) return;
+  Error error(kErrDatabase, "orvmysql",
+              "Statement of " + std::to_string(statement_bytes) +
+                  " bytes not sent: the server takes at most " + std::to_string(largest) +
+                  " bytes in one statement (max_allowed_packet " + std::to_string(max_packet_) +
+                  ")");
+  error.SetNative(1153, "08S01");
+  throw error;
 }
 
 std::shared_ptr<IConnection> NewConnection(const IDPConnector& connector) {

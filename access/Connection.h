@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -42,6 +43,13 @@ class CConnection final : public IConnection {
   int32_t ExecuteNonQuery(const std::string& sql) override;
   std::string ExecuteScalar(const std::string& sql, const std::string& default_value) override;
 
+  // Raises error kErrDatabase (native 1153, SQLSTATE 08S01) naming the
+  // server's limit when a statement of this many bytes is larger than the
+  // server takes in one packet, before it is sent. The limit
+  // (max_allowed_packet) is read from the server once and kept until the next
+  // session opens a connection.
+  void RequireFits(std::size_t statement_bytes);
+
   int32_t SessionDepth() const { return depth_; }
   // True while a database connection is held.
   bool IsOpen() const { return db_ != nullptr; }
@@ -60,6 +68,7 @@ class CConnection final : public IConnection {
   std::unique_ptr<st_mysql, Closer> db_;
   std::string connection_string_;
   int32_t depth_ = 0;
+  std::size_t max_packet_ = 0;  // the server's max_allowed_packet, 0 until read
 };
 
 }  // namespace orvmysql

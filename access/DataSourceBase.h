@@ -3,6 +3,7 @@
 // Plumbing shared by every provider: the connection given by IDataSource::Init
 // and statement helpers that record the calling line for the error trail.
 
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -23,6 +24,9 @@ class DataSourceBase : public virtual IDataSource {
   // The connection; raises error 91 when Init was never called.
   IConnection& Conn() const;
 
+  // Statements larger than the server takes in one packet are refused before
+  // they are sent (error kErrDatabase, native 1153), so that the session's
+  // connection is not dropped by the server and nothing is written.
   std::shared_ptr<IListIterator> Rows(const std::string& sql, int line = __builtin_LINE());
   int32_t NonQuery(const std::string& sql, int line = __builtin_LINE());
   std::string Scalar(const std::string& sql, const std::string& default_value,
@@ -31,6 +35,8 @@ class DataSourceBase : public virtual IDataSource {
   bool RowExists(const std::string& table, const std::string& condition,
                  int line = __builtin_LINE());
   void StartSession(int line = __builtin_LINE());
+  // Raises the error above when a statement of this many bytes would be refused.
+  void RequireFits(std::size_t statement_bytes, int line = __builtin_LINE());
   void EndSession(int line = __builtin_LINE());
 
  private:
