@@ -82,21 +82,33 @@ namespace orvmysql {
 int32_t TableProvider::InsertWithNewKey(
     int32_t entity_type_code, const std::function<std::string(const std::string& key)>& statement,
     Where where) {
+  return InsertWithNewKey(entity_type_code, statement, nullptr, where);
+}
+
+int32_t TableProvider::InsertWithNewKey(
+    int32_t entity_type_code, const std::function<std::string(const std::string& key)>& statement,
+    const std::function<void(const std::string& key)>& inserted, Where where) {
+  // The widest key there is, so that the statement measured here is never
+  // shorter than the one sent.
+  static const std::string kWidestKey = std::to_string(INT32_MIN);
   return InSession(
       [&] {
+        RequireFits(statement(kWidestKey).size(), where);
         const std::string key = NextID(entity_type_code, where);
-        const int32_t affected = NonQuery(statement(key), where);
-        return affected > 0 ? Variant(key).ToLong() : -1;
+        if (NonQuery(statement(key), where) <= 0) return -1;
+        if (inserted) inserted(key);
+        return Variant(key).ToLong();
       },
       where);
 }
 
 std::shared_ptr<IListIterator> TableProvider::RowsWhere(std::string_view select,
                                                         std::string_view filter, const dp::Key& key,
-                                                        Where where) {
+                                                        std::string_view tail, Where where) {
   std::string text(select);
   text += filter;
   text += key.Literal();
+  text += tail;
   return Rows(text, where);
 }
 
@@ -155,7 +167,7 @@ std::shared_ptr<IListIterator> TableProvider::RowsByKey(const dp::KeyedTable& t,
 std::shared_ptr<IListIterator> TableProvider::RowsByOwner(const dp::KeyedTable& t,
                                                           int32_t owner_id) {
   return detail::Guard({t.locations.by_owner, t.connection_on_91},
-                       [&] { return RowsWhere(t.select, t.by_owner, owner_id); });
+                       [&] { return RowsWhere(t.select, t.by_owner, owner_id, t.owner_order); });
 }
 
 std::shared_ptr<IListIterator> TableProvider::RowsLoad(const dp::KeyedTable& t,

@@ -88,9 +88,10 @@ struct KeyedTable {
   // Whether error 91 gets " (Connection)" appended in every operation.
   bool connection_on_91 = false;
 
-  std::string_view select{};    // select list, ending in a blank
-  std::string_view by_key{};    // " WHERE <key> = "
-  std::string_view by_owner{};  // " WHERE <owner> = "
+  std::string_view select{};       // select list, ending in a blank
+  std::string_view by_key{};       // " WHERE <key> = "
+  std::string_view by_owner{};     // " WHERE <owner> = "
+  std::string_view owner_order{};  // after the owner's id: the order of its rows
 
   int32_t entity_type_code = 0;  // of GetNextID
   // The INSERT up to the key; the key, ",", the values and ")" follow.
@@ -131,9 +132,15 @@ class TableProvider : public DataSourceBase {
   auto InSession(Body&& body, Where where = __builtin_LINE());
 
   // In one session: a new key for the entity type, then the INSERT that
-  // statement(key) builds. Returns the key, or -1 when no row was inserted.
+  // statement(key) builds, then, when a row was inserted, inserted(key).
+  // Returns the key, or -1 when no row was inserted. A statement too large
+  // for the server is refused before the key is taken.
   int32_t InsertWithNewKey(int32_t entity_type_code,
                            const std::function<std::string(const std::string& key)>& statement,
+                           Where where = __builtin_LINE());
+  int32_t InsertWithNewKey(int32_t entity_type_code,
+                           const std::function<std::string(const std::string& key)>& statement,
+                           const std::function<void(const std::string& key)>& inserted,
                            Where where = __builtin_LINE());
 
   // The operations of a keyed table, each under its own location text.
@@ -154,10 +161,11 @@ class TableProvider : public DataSourceBase {
   // UPDATE); true when the row exists.
   bool ChangeStateWord(const dp::KeyedTable& table, const dp::Key& key, int32_t value, bool add);
 
-  // select + filter + the key, for example
+  // select + filter + the key + tail, for example
   // "SELECT ... FROM tblSwitches " + " WHERE SwitchID = " + "12".
   std::shared_ptr<IListIterator> RowsWhere(std::string_view select, std::string_view filter,
-                                           const dp::Key& key, Where where = __builtin_LINE());
+                                           const dp::Key& key, std::string_view tail = {},
+                                           Where where = __builtin_LINE());
   // select + " " + the caller's tail, passed on unchanged (trusted SQL).
   std::shared_ptr<IListIterator> RowsWithTail(std::string_view select, const std::string& tail,
                                               Where where = __builtin_LINE());
