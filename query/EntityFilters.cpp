@@ -218,25 +218,36 @@ constexpr std::string_view kMessageColumnsTail =
     "tblMessages.MessageType,tblMessages.MessageToken,tblMessages.MessageDate,"
     "tblMessages.HasAttachments,tblMessages.Direction,tblMessages.Priority,tblMessages.State";
 
-bool NamesRecipientColumn(const CConditionExpression& expression, const CAttributes& map) {
+// The first attribute name among the conditions and sort keys of the query
+// whose column belongs to the table of the alias; "" when there is none.
+std::string FirstNamedIn(const CConditionExpression& expression, const CAttributes& map,
+                         std::string_view alias) {
   for (const auto& nested : *expression.ConditionExpressions()) {
-    if (NamesRecipientColumn(*nested, map)) return true;
+    std::string name = FirstNamedIn(*nested, map, alias);
+    if (!name.empty()) return name;
   }
   for (const auto& condition : *expression.Conditions()) {
     const auto attribute = map.Item(condition->AttributeName());
-    if (attribute && attribute->EntityAlias() == kRecipients) return true;
+    if (attribute && attribute->EntityAlias() == alias) return condition->AttributeName();
   }
-  return false;
+  return {};
+}
+
+std::string FirstNamedIn(const CQuery& query, const CAttributes& map, std::string_view alias) {
+  if (query.Criteria()) {
+    std::string name = FirstNamedIn(*query.Criteria(), map, alias);
+    if (!name.empty()) return name;
+  }
+  for (const auto& key : *query.OrderBy()) {
+    const auto attribute = map.Item(key->AttributeName());
+    if (attribute && attribute->EntityAlias() == alias) return key->AttributeName();
+  }
+  return {};
 }
 
 bool ReachesRecipients(const CQuery& query, const CAttributes& map) {
-  if (detail::SameText(query.EntityName(), "tblReceivedMessages")) return true;
-  if (query.Criteria() && NamesRecipientColumn(*query.Criteria(), map)) return true;
-  for (const auto& key : *query.OrderBy()) {
-    const auto attribute = map.Item(key->AttributeName());
-    if (attribute && attribute->EntityAlias() == kRecipients) return true;
-  }
-  return false;
+  return detail::SameText(query.EntityName(), "tblReceivedMessages") ||
+         !FirstNamedIn(query, map, kRecipients).empty();
 }
 
 }  // namespace
@@ -285,6 +296,7 @@ MessageFilter ParseMessageFilter(std::string_view filter,
         MessageFilter parts;
         parts.condition = std::move(tail);
         parts.limit = query.MaxRows() > 0 ? query.MaxRows() : -1;
+        parts.message_attribute = FirstNamedIn(query, *map, kMessages);
         const bool recipients = ReachesRecipients(query, *map);
         parts.from = recipients ? "FROM tblMessages INNER JOIN tblMsgReceipent ON "
                                   "tblMessages.MessageId = tblMsgReceipent.FKMessageId"

@@ -53,6 +53,9 @@ struct MessageFilter {
   // The recipient view's columns for the entity "tblReceivedMessages", else
   // the plain message columns.
   std::string columns;
+  // The first condition or sort key naming a tblMessages column, "" when
+  // none does (a recipient list can take only recipient columns).
+  std::string message_attribute;
 };
 
 // The query reaches recipient columns when its entity is "tblReceivedMessages"
