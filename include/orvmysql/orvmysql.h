@@ -11,6 +11,7 @@
 #include "orvmysql/Keys.h"
 #include "orvmysql/Language.h"
 #include "orvmysql/List.h"
+#include "orvmysql/Messaging.h"
 #include "orvmysql/Object.h"
 #include "orvmysql/Query.h"
 #include "orvmysql/Routing.h"
