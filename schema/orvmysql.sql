@@ -346,7 +346,8 @@ CREATE TABLE IF NOT EXISTS tblMessages (
   Direction INT NULL,
   Priority INT NULL,
   State INT NULL,
-  KEY ixMessagesToken (MessageToken, MessageDate, Direction)
+  KEY ixMessagesToken (MessageToken, MessageDate, Direction),
+  KEY ixMessagesSender (SenderID)
 ) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4 COLLATE=utf8mb4_unicode_ci;
 
 CREATE TABLE IF NOT EXISTS tblMsgReceipent (
@@ -357,7 +358,9 @@ CREATE TABLE IF NOT EXISTS tblMsgReceipent (
   RecepientName VARCHAR(255) NULL,
   RecepientEmailID VARCHAR(255) NULL,
   DisplayMask INT NULL,
-  KEY ixMsgReceipentMessage (FKMessageID, RecepientName)
+  KEY ixMsgReceipentMessage (FKMessageID, RecepientName),
+  KEY ixMsgReceipentRecepientID (RecepientID),
+  KEY ixMsgReceipentRecepientName (RecepientName)
 ) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4 COLLATE=utf8mb4_unicode_ci;
 
 CREATE TABLE IF NOT EXISTS tblAttachments (
