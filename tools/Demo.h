@@ -13,5 +13,6 @@ void DemoFoundation(orvmysql::CMYSqlDP& handler, std::ostream& out);
 void DemoDefinitions(orvmysql::CMYSqlDP& handler, std::ostream& out);
 void DemoQueries(orvmysql::CMYSqlDP& handler, std::ostream& out);
 void DemoLanguages(orvmysql::CMYSqlDP& handler, std::ostream& out);
+void DemoMessaging(orvmysql::CMYSqlDP& handler, std::ostream& out);
 
 }  // namespace orvdemo

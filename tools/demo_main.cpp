@@ -28,6 +28,7 @@ int main() {
     orvdemo::DemoDefinitions(*handler, out);
     orvdemo::DemoQueries(*handler, out);
     orvdemo::DemoLanguages(*handler, out);
+    orvdemo::DemoMessaging(*handler, out);
 
     devkit::AdminExecute(server->Address(), "DROP DATABASE `" + database + "`");
     out << "\nDropped database " << database << ". Done.\n";
