@@ -50,19 +50,6 @@ std::string LongOrNull(const Variant& v) {
   return v.IsNull() ? "NULL" : Long(v);
 }
 
-std::string DecimalInteger(const std::string& text) {
-  const auto first = text.find_first_not_of(' ');
-  const auto last = text.find_last_not_of(' ');
-  std::string_view number = first == std::string::npos
-                                ? std::string_view()
-                                : std::string_view(text).substr(first, last - first + 1);
-  if (!number.empty() && (number.front() == '-' || number.front() == '+')) number.remove_prefix(1);
-  if (number.empty() || number.find_first_not_of("0123456789") != std::string_view::npos) {
-    ThrowRuntimeError(kErrTypeMismatch);
-  }
-  return text;
-}
-
 std::string DateTime(const Variant& v) {
   return ConvertDateTimeIntoSQLFormat(v);
 }

@@ -32,9 +32,6 @@ std::string TextOrNull(const Variant& v, bool limit255 = true);
 std::string TextOrEmpty(const Variant& v, bool limit255 = true);
 // Long, or the bare NULL for Null.
 std::string LongOrNull(const Variant& v);
-// The text unchanged when it is a decimal integer (an optional sign and
-// digits, blanks around it allowed); anything else raises 13.
-std::string DecimalInteger(const std::string& text);
 // Date literals (NULL for an Empty or Null value).
 std::string DateTime(const Variant& v);
 std::string DateOnly(const Variant& v);

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "access/General.h"
+#include "access/NumberText.h"
 #include "access/SqlValues.h"
 #include "query/EntityFilters.h"
 
@@ -311,12 +312,15 @@ void CMessageDP::CopyParties(const std::string& message_id, const std::string& c
 
 bool CMessageDP::Update(const std::string& message_id, const FieldArray& fields) {
   return detail::Guard({"CMessageDP: Update Function ("}, [&] {
-    // The id is pasted as the caller wrote it, so it must be a plain integer.
-    const std::string id = sql::DecimalInteger(message_id);
+    // The id is pasted as the caller wrote it, so it must be a whole number.
+    if (!IsDecimalNumber(message_id, true)) {
+      ThrowRuntimeError(kErrTypeMismatch, "the message id '" + message_id + "' is not a number");
+    }
     const auto v = dp::FormatFields(fields, kMessageLayout);
     // The recipient row matters only for an incoming message.
     const int32_t party = v[kDirection] == "0" ? sql::At(fields, kPartyID).ToLong() : 0;
-    NonQuery(" UPDATE tblMessages SET " + dp::Assignments(kSet, v) + " WHERE MessageID = " + id);
+    NonQuery(" UPDATE tblMessages SET " + dp::Assignments(kSet, v) +
+             " WHERE MessageID = " + message_id);
     if (party > 0) {
       NonQuery(" UPDATE tblMsgReceipent SET  DisplayMask = " + v[kDisplayMask] +
                " WHERE PartyID = " + std::to_string(party));

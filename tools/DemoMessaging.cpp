@@ -67,8 +67,8 @@ void DemoMessaging(CMYSqlDP& handler, std::ostream& out) {
   const int32_t id = messages->Add({"u-100", subject,
                                     "Twelve chairs for the new office, 1,068.00 in total. "
                                     "Please approve or reject in the work list.",
-                                    "user", "Pat Purchaser", "pat@example.org",
-                                    kApprovalRequest, "", Date::Now(), true, kOutgoing, 2, 0});
+                                    "user", "Pat Purchaser", "pat@example.org", kApprovalRequest,
+                                    "", Date::Now(), true, kOutgoing, 2, 0});
   messages->AddReceipent(id, {"ann", "user", "Ann Approver", "ann@example.org", 1});
   messages->AddReceipent(id, {"bob", "user", "Bob Budget", "bob@example.org", 1});
   attachments->Add({id, "Item;Qty;Price\nOffice chair;12;89.00\n", "po-1042.csv", "text/csv", 1});
