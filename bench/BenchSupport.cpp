@@ -57,4 +57,17 @@ long long StatementCount(orvmysql::IConnection& connection) {
                                "0"));
 }
 
+CountedSession::CountedSession() : handler_(NewHandler()) {
+  handler_->StartSession();
+}
+
+CountedSession::~CountedSession() {
+  handler_->EndSession();
+}
+
+void SetStatements(benchmark::State& state, long long statements) {
+  state.counters["statements"] =
+      benchmark::Counter(static_cast<double>(statements), benchmark::Counter::kAvgIterations);
+}
+
 }  // namespace orvbench

@@ -3,6 +3,9 @@
 // Shared by the benchmarks that need a database: one server per benchmark run
 // (private unless ORVMYSQL_SERVER names one) and one database with the schema.
 
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -19,5 +22,32 @@ std::shared_ptr<orvmysql::CMYSqlDP> NewHandler();
 // The server's count of statements run ("Questions") for this client
 // connection's session; read through the given connection.
 long long StatementCount(orvmysql::IConnection& connection);
+
+// The provider for a data-source code, cast to its interface.
+template <class T>
+std::shared_ptr<T> Source(orvmysql::CMYSqlDP& handler, int32_t code) {
+  return std::dynamic_pointer_cast<T>(handler.GetDataSource(code));
+}
+
+// A data handler held in one session for the life of the object, and the
+// statements the server counted in that session.
+class CountedSession {
+ public:
+  CountedSession();
+  ~CountedSession();
+  CountedSession(const CountedSession&) = delete;
+  CountedSession& operator=(const CountedSession&) = delete;
+
+  orvmysql::CMYSqlDP& Handler() { return *handler_; }
+  // Statements run so far in this session, not counting the readings.
+  long long Statements() { return StatementCount(*handler_->Connection()) - readings_++; }
+
+ private:
+  std::shared_ptr<orvmysql::CMYSqlDP> handler_;
+  long long readings_ = 0;
+};
+
+// Sets the "statements" counter: the given total as an average per iteration.
+void SetStatements(benchmark::State& state, long long statements);
 
 }  // namespace orvbench

@@ -19,25 +19,15 @@ using orvmysql::FieldArray;
 constexpr int kActivities = 50;
 constexpr int kPropertiesPerActivity = 10;
 
-template <class T>
-std::shared_ptr<T> Source(orvmysql::CMYSqlDP& handler, int32_t code) {
-  return std::dynamic_pointer_cast<T>(handler.GetDataSource(code));
-}
+using orvbench::Source;
 
 // One handler in one session, its providers, and the statement counter.
-class Session {
+class Session : public orvbench::CountedSession {
  public:
   Session()
-      : handler_(orvbench::NewHandler()),
-        definitions_(Source<orvmysql::IOrvDefinitionsDP>(*handler_, 4)),
-        activities_(Source<orvmysql::IActivitiesDP>(*handler_, 7)),
-        properties_(Source<orvmysql::IPropertyValueDP>(*handler_, 23)) {
-    handler_->StartSession();
-  }
-  ~Session() { handler_->EndSession(); }
-
-  // Statements run so far in this session, not counting the readings.
-  long long Statements() { return orvbench::StatementCount(*handler_->Connection()) - readings_++; }
+      : definitions_(Source<orvmysql::IOrvDefinitionsDP>(Handler(), 4)),
+        activities_(Source<orvmysql::IActivitiesDP>(Handler(), 7)),
+        properties_(Source<orvmysql::IPropertyValueDP>(Handler(), 23)) {}
 
   int32_t Store(const std::string& name) {
     definitions_->Add({name,
@@ -108,11 +98,9 @@ class Session {
   void Delete(int32_t definition) { definitions_->Delete(definition); }
 
  private:
-  std::shared_ptr<orvmysql::CMYSqlDP> handler_;
   std::shared_ptr<orvmysql::IOrvDefinitionsDP> definitions_;
   std::shared_ptr<orvmysql::IActivitiesDP> activities_;
   std::shared_ptr<orvmysql::IPropertyValueDP> properties_;
-  long long readings_ = 0;
 };
 
 // Runs work with the timer on and adds the statements it ran to the count,
@@ -128,10 +116,7 @@ void Counted(benchmark::State& state, Session& session, long long& statements, W
   state.ResumeTiming();
 }
 
-void SetStatements(benchmark::State& state, long long statements) {
-  state.counters["statements"] =
-      benchmark::Counter(static_cast<double>(statements), benchmark::Counter::kAvgIterations);
-}
+using orvbench::SetStatements;
 
 void BM_Definition_Store(benchmark::State& state) {
   Session session;

@@ -20,27 +20,17 @@ constexpr int kRecipients = 5;
 constexpr int kAttachments = 2;
 constexpr std::size_t kAttachmentBytes = 10 * 1024;
 
-template <class T>
-std::shared_ptr<T> Source(orvmysql::CMYSqlDP& handler, int32_t code) {
-  return std::dynamic_pointer_cast<T>(handler.GetDataSource(code));
-}
+using orvbench::SetStatements;
+using orvbench::Source;
 
-// One handler in one session, its providers, and the statement counter.
-class Session {
+// One handler in one session, with the messaging providers.
+class Session : public orvbench::CountedSession {
  public:
   Session()
-      : handler_(orvbench::NewHandler()),
-        messages_(Source<orvmysql::IMessageDP>(*handler_, 18)),
-        attachments_(Source<orvmysql::IAttachmentDP>(*handler_, 19)) {
-    handler_->StartSession();
-  }
-  ~Session() { handler_->EndSession(); }
+      : messages_(Source<orvmysql::IMessageDP>(Handler(), 18)),
+        attachments_(Source<orvmysql::IAttachmentDP>(Handler(), 19)) {}
 
-  orvmysql::CMYSqlDP& Handler() { return *handler_; }
   orvmysql::IMessageDP& Messages() { return *messages_; }
-
-  // Statements run so far in this session, not counting the readings.
-  long long Statements() { return orvbench::StatementCount(*handler_->Connection()) - readings_++; }
 
   // An outgoing new message with its recipients and attachments.
   int32_t Compose(int n) {
@@ -58,16 +48,9 @@ class Session {
   }
 
  private:
-  std::shared_ptr<orvmysql::CMYSqlDP> handler_;
   std::shared_ptr<orvmysql::IMessageDP> messages_;
   std::shared_ptr<orvmysql::IAttachmentDP> attachments_;
-  long long readings_ = 0;
 };
-
-void SetStatements(benchmark::State& state, long long statements) {
-  state.counters["statements"] =
-      benchmark::Counter(static_cast<double>(statements), benchmark::Counter::kAvgIterations);
-}
 
 // SendMessage inside a session opened for it (it ends that level itself), as
 // the engine calls it.

@@ -94,17 +94,6 @@ constexpr CopiedColumn kCopiedColumns[] = {
     {"State", &sql::LongOrNull},
 };
 
-// Values of the row's columns, formatted and joined by ",".
-template <std::size_t N>
-std::string RowValues(IListItem& row, const CopiedColumn (&columns)[N]) {
-  std::string values;
-  for (const CopiedColumn& column : columns) {
-    if (!values.empty()) values += ',';
-    values += column.write(row.GetValue(column.name));
-  }
-  return values;
-}
-
 std::string TextOrEmpty255(const Variant& v) {
   return sql::TextOrEmpty(v, true);
 }
@@ -124,6 +113,53 @@ constexpr CopiedColumn kCopiedAttachment[] = {
     {"FileName", &TextOrEmpty255},
     {"Body", &LongTextOrEmpty},
 };
+
+}  // namespace
+
+// What SendMessage copies of one table: the rows the select finds for the
+// message, each inserted as head + new key + the text between + its values +
+// tail.
+struct MessageCopyStep {
+  std::string_view select;
+  std::span<const CopiedColumn> columns;
+  int32_t entity_type_code;
+  std::string_view insert_head;
+  std::string_view tail;
+};
+
+namespace {
+
+constexpr MessageCopyStep kMessageCopy{
+    " SELECT Subject,Message,SenderID,SenderType,SenderName,SenderEmailID,MessageType,"
+    "MessageToken,HasAttachments,Priority,State FROM tblMessages WHERE MessageId = ",
+    kCopiedColumns, -18,
+    " INSERT INTO tblMessages (MessageID,MessageDate,Direction,Subject,Message,SenderID,"
+    "SenderType,SenderName,SenderEmailID,MessageType,MessageToken,HasAttachments,Priority,"
+    "State ) VALUES (",
+    ")"};
+constexpr MessageCopyStep kRecipientCopy{
+    " SELECT RecepientID,RecepientType,RecepientName,RecepientEmailID FROM tblMsgReceipent "
+    "WHERE FKMessageID = ",
+    kCopiedRecipient, -25,
+    " INSERT INTO tblMsgReceipent (PartyID,FKMessageID,RecepientID,RecepientType,"
+    "RecepientName,RecepientEmailID,DisplayMask) VALUES (",
+    ",0)"};
+constexpr MessageCopyStep kAttachmentCopy{
+    " SELECT AttachmentNumber,MimeType,FileName,Body FROM tblAttachments WHERE FKMessageID = ",
+    kCopiedAttachment, -19,
+    " INSERT INTO tblAttachments (AttachmentID,FKMessageID,AttachmentNumber,MimeType,FileName,"
+    "Body) VALUES (",
+    ")"};
+
+// Values of the row's columns, formatted and joined by ",".
+std::string RowValues(IListItem& row, std::span<const CopiedColumn> columns) {
+  std::string values;
+  for (const CopiedColumn& column : columns) {
+    if (!values.empty()) values += ',';
+    values += column.write(row.GetValue(column.name));
+  }
+  return values;
+}
 
 std::string LimitText(const MessageFilter& filter, std::string_view lead) {
   return filter.limit != -1 ? std::string(lead) + std::to_string(filter.limit) : std::string();
@@ -252,21 +288,7 @@ bool CMessageDP::SendMessage(int32_t message_id) {
                                " AND State = 0 AND Direction = 1") > 0;
     if (sent) {
       const std::string now = ConvertDateTimeIntoSQLFormat(Date::Now());
-      int32_t inserted = -1;
-      auto message = Rows(
-          " SELECT Subject,Message,SenderID,SenderType,SenderName,SenderEmailID,MessageType,"
-          "MessageToken,HasAttachments,Priority,State FROM tblMessages WHERE MessageId = " +
-          id);
-      while (message->GetNext()) {
-        const std::string values = RowValues(*message->CurrentItem(), kCopiedColumns);
-        const std::string key = NextID(-18);
-        NonQuery(
-            " INSERT INTO tblMessages (MessageID,MessageDate,Direction,Subject,Message,SenderID,"
-            "SenderType,SenderName,SenderEmailID,MessageType,MessageToken,HasAttachments,Priority,"
-            "State ) VALUES (" +
-            key + "," + now + ",0," + values + ")");
-        inserted = Variant(key).ToLong();
-      }
+      const int32_t inserted = CopyRows(kMessageCopy, id, "," + now + ",0,");
       const std::string token =
           Scalar(" SELECT MessageToken FROM tblMessages WHERE MessageID = " + id, "");
       int32_t copy = Variant(Scalar(" SELECT MessageID FROM tblMessages WHERE MessageToken = '" +
@@ -277,37 +299,28 @@ bool CMessageDP::SendMessage(int32_t message_id) {
       // A message without a token gives its copy a NULL token, which the
       // look-up by token cannot find: the copy is then the row just inserted.
       if (copy == -1) copy = inserted;
-      if (copy != -1) CopyParties(id, std::to_string(copy));
+      if (copy != -1) {
+        const std::string owner = "," + std::to_string(copy) + ",";
+        CopyRows(kRecipientCopy, id, owner);
+        CopyRows(kAttachmentCopy, id, owner);
+      }
     }
     EndSession();
     return sent;
   });
 }
 
-void CMessageDP::CopyParties(const std::string& message_id, const std::string& copy_id) {
-  auto recipients = Rows(
-      " SELECT RecepientID,RecepientType,RecepientName,RecepientEmailID FROM tblMsgReceipent "
-      "WHERE FKMessageID = " +
-      message_id);
-  while (recipients->GetNext()) {
-    const std::string values = RowValues(*recipients->CurrentItem(), kCopiedRecipient);
-    const std::string key = NextID(-25);
-    NonQuery(
-        " INSERT INTO tblMsgReceipent (PartyID,FKMessageID,RecepientID,RecepientType,"
-        "RecepientName,RecepientEmailID,DisplayMask) VALUES (" +
-        key + "," + copy_id + "," + values + ",0)");
+int32_t CMessageDP::CopyRows(const MessageCopyStep& copy, const std::string& message_id,
+                             const std::string& between) {
+  int32_t last = -1;
+  auto rows = Rows(std::string(copy.select) + message_id);
+  while (rows->GetNext()) {
+    const std::string values = RowValues(*rows->CurrentItem(), copy.columns);
+    const std::string key = NextID(copy.entity_type_code);
+    NonQuery(std::string(copy.insert_head) + key + between + values + std::string(copy.tail));
+    last = Variant(key).ToLong();
   }
-  auto attachments = Rows(
-      " SELECT AttachmentNumber,MimeType,FileName,Body FROM tblAttachments WHERE FKMessageID = " +
-      message_id);
-  while (attachments->GetNext()) {
-    const std::string values = RowValues(*attachments->CurrentItem(), kCopiedAttachment);
-    const std::string key = NextID(-19);
-    NonQuery(
-        " INSERT INTO tblAttachments (AttachmentID,FKMessageID,AttachmentNumber,MimeType,FileName,"
-        "Body) VALUES (" +
-        key + "," + copy_id + "," + values + ")");
-  }
+  return last;
 }
 
 bool CMessageDP::Update(const std::string& message_id, const FieldArray& fields) {

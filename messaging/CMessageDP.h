@@ -10,6 +10,8 @@
 
 namespace orvmysql {
 
+struct MessageCopyStep;  // one table SendMessage copies (CMessageDP.cpp)
+
 // Messages (tblMessages) with their recipients (tblMsgReceipent); copies
 // attachments (tblAttachments) when a message is sent.
 class CMessageDP : public TableProvider, public IMessageDP {
@@ -27,8 +29,10 @@ class CMessageDP : public TableProvider, public IMessageDP {
   bool Update(const std::string& message_id, const FieldArray& fields) override;
 
  private:
-  // Copies the recipients and attachments of the message to its copy.
-  void CopyParties(const std::string& message_id, const std::string& copy_id);
+  // Copies the rows of one table that belong to the message; returns the
+  // last key inserted, or -1 when none was.
+  int32_t CopyRows(const MessageCopyStep& copy, const std::string& message_id,
+                   const std::string& between);
 
   std::shared_ptr<CAttributes> attributes_;  // of the message filter, built on first use
 };

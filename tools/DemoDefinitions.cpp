@@ -27,13 +27,6 @@ constexpr int32_t kStartSwitch = 2;
 constexpr int32_t kTextType = 1;
 constexpr int32_t kNumberType = 2;
 
-template <class T>
-std::shared_ptr<T> Source(CMYSqlDP& handler, int32_t code) {
-  auto typed = std::dynamic_pointer_cast<T>(handler.GetDataSource(code));
-  if (!typed) throw std::runtime_error("provider without the expected interface");
-  return typed;
-}
-
 struct Providers {
   explicit Providers(CMYSqlDP& handler)
       : definitions(Source<orvmysql::IOrvDefinitionsDP>(handler, 4)),

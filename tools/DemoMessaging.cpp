@@ -24,13 +24,6 @@ constexpr int32_t kProcessInstance = 1042;
 constexpr int32_t kOutgoing = 1;
 constexpr int32_t kIncoming = 0;
 
-template <class T>
-std::shared_ptr<T> Source(CMYSqlDP& handler, int32_t code) {
-  auto typed = std::dynamic_pointer_cast<T>(handler.GetDataSource(code));
-  if (!typed) throw std::runtime_error("provider without the expected interface");
-  return typed;
-}
-
 std::map<std::string, std::string> FirstRow(const std::shared_ptr<IListIterator>& list,
                                             const std::vector<std::string>& columns) {
   std::map<std::string, std::string> row;
