@@ -47,6 +47,19 @@ class CountedSession {
   long long readings_ = 0;
 };
 
+// Runs work with the timer on and adds the statements it ran to the count,
+// reading the server's counter with the timer off.
+template <class Work>
+void Counted(benchmark::State& state, CountedSession& session, long long& statements, Work&& work) {
+  state.PauseTiming();
+  const long long before = session.Statements();
+  state.ResumeTiming();
+  work();
+  state.PauseTiming();
+  statements += session.Statements() - before;
+  state.ResumeTiming();
+}
+
 // Sets the "statements" counter: the given total as an average per iteration.
 void SetStatements(benchmark::State& state, long long statements);
 

@@ -103,19 +103,7 @@ class Session : public orvbench::CountedSession {
   std::shared_ptr<orvmysql::IPropertyValueDP> properties_;
 };
 
-// Runs work with the timer on and adds the statements it ran to the count,
-// reading the server's counter with the timer off.
-template <class Work>
-void Counted(benchmark::State& state, Session& session, long long& statements, Work&& work) {
-  state.PauseTiming();
-  const long long before = session.Statements();
-  state.ResumeTiming();
-  work();
-  state.PauseTiming();
-  statements += session.Statements() - before;
-  state.ResumeTiming();
-}
-
+using orvbench::Counted;
 using orvbench::SetStatements;
 
 void BM_Definition_Store(benchmark::State& state) {

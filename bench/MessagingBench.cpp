@@ -20,6 +20,7 @@ constexpr int kRecipients = 5;
 constexpr int kAttachments = 2;
 constexpr std::size_t kAttachmentBytes = 10 * 1024;
 
+using orvbench::Counted;
 using orvbench::SetStatements;
 using orvbench::Source;
 
@@ -61,13 +62,11 @@ void BM_Message_Send(benchmark::State& state) {
   for (auto _ : state) {
     state.PauseTiming();
     const int32_t id = session.Compose(n++);
-    const long long before = session.Statements();
     state.ResumeTiming();
-    session.Handler().StartSession();
-    if (!session.Messages().SendMessage(id)) state.SkipWithError("not sent");
-    state.PauseTiming();
-    statements += session.Statements() - before;
-    state.ResumeTiming();
+    Counted(state, session, statements, [&] {
+      session.Handler().StartSession();
+      if (!session.Messages().SendMessage(id)) state.SkipWithError("not sent");
+    });
   }
   SetStatements(state, statements);
 }
