@@ -36,7 +36,7 @@ class RecordingConnection : public orvmysql::IConnection {
   int ends = 0;
   std::string fail_on;
   // Scripted answers; the first whose text occurs in the statement is used.
-  std::vector<RowsAnswer> rows;                               // Execute
+  std::vector<RowsAnswer> rows;                              // Execute
   std::vector<std::pair<std::string, std::string>> scalars;  // ExecuteScalar
   std::vector<std::pair<std::string, int32_t>> affected;     // ExecuteNonQuery
 
