@@ -93,8 +93,7 @@ std::unique_ptr<DevServer> DevServer::Acquire(std::function<void(const std::stri
   std::unique_ptr<DevServer> server(new DevServer());
   const std::string external = Env("ORVMYSQL_SERVER");
   if (!external.empty()) {
-    server->address_ = {external, Env("ORVMYSQL_PORT", "3306"), Env("ORVMYSQL_USER", "root"),
-                        Env("ORVMYSQL_PASSWORD"), ""};
+    server->address_ = ServerAddress::FromEnvironment(external);
     if (log) log("using the server named by ORVMYSQL_SERVER: " + external);
     return server;
   }

@@ -15,19 +15,10 @@
 #include <string>
 #include <vector>
 
-#include "orvmysql/Connection.h"
+#include "tools/SchemaInstaller.h"
+#include "tools/ServerAddress.h"
 
 namespace orvmysql::devkit {
-
-struct ServerAddress {
-  std::string server;  // host name, or the unix socket path
-  std::string port;
-  std::string user;
-  std::string password;
-  std::string socket;  // the unix socket of a private server, empty otherwise
-
-  CDPConnector Connector(const std::string& database) const;
-};
 
 class DevServer {
  public:
@@ -48,14 +39,5 @@ class DevServer {
   std::string root_dir_;
   int pid_ = 0;
 };
-
-// Runs one statement on the server outside any database (for CREATE/DROP DATABASE).
-void AdminExecute(const ServerAddress& address, const std::string& sql);
-
-// Creates the database when needed and every table and key row of the schema
-// in it. Running it again changes nothing and loses nothing.
-void InstallSchema(const ServerAddress& address, const std::string& database);
-// The DDL statements, one per element, in order.
-std::vector<std::string> SchemaStatements();
 
 }  // namespace orvmysql::devkit
