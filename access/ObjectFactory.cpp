@@ -3,9 +3,11 @@
 #include <functional>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "access/Connection.h"
 #include "access/DataSourceFactory.h"
+#include "access/ObjectFactory.h"
 #include "definitions/CActivitiesDP.h"
 #include "definitions/CActivityParamBagDP.h"
 #include "definitions/CActivityPropertyBagDP.h"
@@ -26,8 +28,6 @@
 #include "runtime/PendingProviders.h"
 
 namespace orvmysql {
-
-IObject::~IObject() = default;
 
 namespace {
 
@@ -131,6 +131,12 @@ std::shared_ptr<IDataSource> NewDataSource(int32_t code) {
     default:
       return nullptr;
   }
+}
+
+std::vector<std::string_view> CreatableClassNames() {
+  std::vector<std::string_view> names;
+  for (const auto& entry : kClasses) names.push_back(entry.first);
+  return names;
 }
 
 std::shared_ptr<IObject> CreateObject(std::string_view class_name) {

@@ -9,10 +9,12 @@ namespace orvmysql {
 
 // Common root of every interface and class the library hands out. Objects are
 // reference counted through std::shared_ptr; asking an object for another of
-// its interfaces is std::dynamic_pointer_cast.
+// its interfaces is std::dynamic_pointer_cast. The destructor is inline so
+// that a host which loads the library with dlopen (see orvmysql/c.h) can cast
+// to the abstract interfaces without linking against it.
 class ORVMYSQL_EXPORT IObject {
  public:
-  virtual ~IObject();
+  virtual ~IObject() = default;
 };
 
 // Creates a public class by its name, for example "orvmysql.CMYSqlDP" or
