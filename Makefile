@@ -4,6 +4,7 @@
 #   make bench          build and run the benchmarks
 #   make test-sanitize  the tests under AddressSanitizer and UndefinedBehaviorSanitizer
 #   make fuzz           build and run the fuzz targets for a bounded time
+#   make package        Debian packages of the library, headers and tools (build/*.deb)
 #   make format         clang-format every source file
 
 JOBS ?= 2
@@ -13,7 +14,7 @@ SAN_BUILD := build-sanitize
 FUZZ_BUILD := build-fuzz
 FUZZ_SECONDS ?= 60
 
-.PHONY: deps configure build test test-sanitize demo bench fuzz format clean
+.PHONY: deps configure build test test-sanitize demo bench fuzz format package clean
 
 deps:
 	@./scripts/install-deps.sh
@@ -50,6 +51,11 @@ fuzz:
 	  mkdir -p $(FUZZ_BUILD)/corpus/$$(basename $$f); \
 	  "$$f" -max_total_time=$(FUZZ_SECONDS) -rss_limit_mb=2048 $(FUZZ_BUILD)/corpus/$$(basename $$f) fuzz/seeds/$$(basename $$f); \
 	done
+
+package: build
+	@./scripts/install-deps.sh package
+	cd $(BUILD) && cpack
+	@ls -1 $(BUILD)/*.deb
 
 format:
 	@command -v clang-format >/dev/null || ./scripts/install-deps.sh format

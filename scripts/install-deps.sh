@@ -3,6 +3,7 @@
 #   install-deps.sh         what building, testing, the demo and the benchmarks need
 #   install-deps.sh fuzz    also clang and its fuzzer runtime
 #   install-deps.sh format  also clang-format
+#   install-deps.sh package also what make package needs (dpkg-shlibdeps, file)
 # mariadb-server-core holds the server binaries without a system service, so
 # installing it starts nothing and touches no system database.
 set -euo pipefail
@@ -17,6 +18,7 @@ packages=(
 case "${1:-}" in
   fuzz) packages+=(clang libclang-rt-14-dev) ;;
   format) packages+=(clang-format) ;;
+  package) packages+=(dpkg-dev file) ;;
 esac
 
 missing=()
