@@ -84,11 +84,16 @@ int Create(orvmysql::devkit::SchemaInstaller& installer, const std::string& data
     return 0;
   }
   if (result.database_created) std::cout << "created database " << database << "\n";
-  if (!result.tables_created.empty()) {
+  if (result.tables_created.size() == 1) {
+    std::cout << "created table " << result.tables_created.front() << "\n";
+  } else if (!result.tables_created.empty()) {
     std::cout << "created " << result.tables_created.size()
               << " tables: " << Joined(result.tables_created) << "\n";
   }
-  if (result.rows_added > 0) std::cout << "added " << result.rows_added << " key rows\n";
+  if (result.rows_added > 0) {
+    std::cout << "added " << result.rows_added
+              << (result.rows_added == 1 ? " key row\n" : " key rows\n");
+  }
   if (!result.migrations_applied.empty()) {
     std::cout << "applied migrations: " << Joined(result.migrations_applied) << "\n";
   }

@@ -256,9 +256,6 @@ TEST(SchemaToolCommand, CreateCheckUpgradeReportWhatTheyDid) {
                                  HasSubstr("key rows")));
   EXPECT_THAT(Tool("create " + on).out, HasSubstr("nothing changed"));
   EXPECT_THAT(Tool("upgrade " + on).out, HasSubstr("no migration to apply"));
-  const ToolRun clean = Tool("check " + on);
-  EXPECT_EQ(clean.status, 0) << clean.out << clean.err;
-  EXPECT_THAT(clean.out, HasSubstr("matches the schema"));
 
   db.Exec("ALTER TABLE tblWorkitems DROP INDEX ixWorkitemsProcess");
   const ToolRun drifted = Tool("check " + on);
