@@ -18,14 +18,12 @@ namespace orvmysql::devkit {
 
 namespace {
 
-const std::string kVersionTableDdl = std::string("CREATE TABLE IF NOT EXISTS ") +
-                                     kSchemaVersionTable +
-                                     " (\n"
-                                     "  Version INT NOT NULL PRIMARY KEY,\n"
-                                     "  Name VARCHAR(255) NOT NULL,\n"
-                                     "  AppliedOn DATETIME NOT NULL\n"
-                                     ") ENGINE=InnoDB DEFAULT CHARSET=utf8mb4 "
-                                     "COLLATE=utf8mb4_unicode_ci";
+// The record of applied migrations (kSchemaVersionTable).
+constexpr const char* kVersionTableDdl = R"(CREATE TABLE IF NOT EXISTS tblSchemaVersion (
+  Version INT NOT NULL PRIMARY KEY,
+  Name VARCHAR(255) NOT NULL,
+  AppliedOn DATETIME NOT NULL
+) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4 COLLATE=utf8mb4_unicode_ci)";
 
 void RequirePlainName(const std::string& database) {
   bool ok = !database.empty() && database.size() <= 64;
@@ -50,14 +48,15 @@ std::set<std::string> TableNames(IConnection& c) {
   return names;
 }
 
+// True when the statement's first word is `word` (upper case), in any case.
 bool StartsWithWord(const std::string& statement, std::string_view word) {
-  auto first = std::find_if(statement.begin(), statement.end(),
-                            [](unsigned char c) { return !std::isspace(c); });
-  if (static_cast<std::size_t>(statement.end() - first) < word.size()) return false;
-  return std::equal(word.begin(), word.end(), first, [](char a, char b) {
-    return std::toupper(static_cast<unsigned char>(a)) ==
-           std::toupper(static_cast<unsigned char>(b));
-  });
+  const auto first = statement.find_first_not_of(" \t\r\n");
+  if (first == std::string::npos || statement.size() - first < word.size()) return false;
+  for (std::size_t i = 0; i < word.size(); ++i) {
+    const char c = statement[first + i];
+    if ((c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c) != word[i]) return false;
+  }
+  return true;
 }
 
 // One connection for the length of a piece of work. With `lock`, it holds a
