@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+// The callers of the server also install the schema (InstallSchema).
 #include "tools/SchemaInstaller.h"
 #include "tools/ServerAddress.h"
 
