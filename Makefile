@@ -4,7 +4,7 @@
 #   make bench          build and run the benchmarks
 #   make test-sanitize  the tests under AddressSanitizer and UndefinedBehaviorSanitizer
 #   make fuzz           build and run the fuzz targets for a bounded time
-#   make package        Debian packages of the library, headers and tools (build/*.deb)
+#   make package        Debian packages of the library, headers and tools (build-package/*.deb)
 #   make format         clang-format every source file
 
 JOBS ?= 2
@@ -12,6 +12,7 @@ GEN := -G Ninja
 BUILD := build
 SAN_BUILD := build-sanitize
 FUZZ_BUILD := build-fuzz
+PKG_BUILD := build-package
 FUZZ_SECONDS ?= 60
 
 .PHONY: deps configure build test test-sanitize demo bench fuzz format package clean
@@ -52,14 +53,19 @@ fuzz:
 	  "$$f" -max_total_time=$(FUZZ_SECONDS) -rss_limit_mb=2048 $(FUZZ_BUILD)/corpus/$$(basename $$f) fuzz/seeds/$$(basename $$f); \
 	done
 
-package: build
+# The packages are built for /usr in a build of their own, so that the paths
+# the library was compiled with are the ones the packages install.
+package: deps
 	@./scripts/install-deps.sh package
-	cd $(BUILD) && cpack
-	@ls -1 $(BUILD)/*.deb
+	@cmake -S . -B $(PKG_BUILD) $(GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_INSTALL_PREFIX=/usr \
+	  -DORVMYSQL_TESTS=OFF -DORVMYSQL_BENCH=OFF >/dev/null
+	@cmake --build $(PKG_BUILD) -j $(JOBS)
+	cd $(PKG_BUILD) && cpack
+	@ls -1 $(PKG_BUILD)/*.deb
 
 format:
 	@command -v clang-format >/dev/null || ./scripts/install-deps.sh format
 	@git ls-files -co --exclude-standard '*.cpp' '*.h' '*.in' | grep -v '\.in$$' | xargs -r clang-format -i
 
 clean:
-	rm -rf $(BUILD) $(SAN_BUILD) $(FUZZ_BUILD)
+	rm -rf $(BUILD) $(SAN_BUILD) $(FUZZ_BUILD) $(PKG_BUILD)

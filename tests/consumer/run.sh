@@ -43,6 +43,11 @@ for f in "$src"/schema/migrations/*.sql; do
   [ -e "$f" ] || continue
   [ -e "$prefix/share/orvmysql/schema/migrations/$(basename "$f")" ] || fail "migration $(basename "$f") not installed"
 done
+if [ -d "$src/data" ]; then
+  (cd "$src/data" && find . -type f) | while read -r f; do
+    [ -e "$prefix/share/orvmysql/$f" ] || fail "data file ${f#./} not installed"
+  done
+fi
 
 echo "== find_package(orvmysql 2.0)"
 CXXFLAGS="$flags" LDFLAGS="$flags" cmake -S "$src/tests/consumer" -B "$work/cmake-build" -G "$generator" \
