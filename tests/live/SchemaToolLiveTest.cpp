@@ -13,6 +13,7 @@
 #include "orvmysql/Error.h"
 #include "support/LiveDb.h"
 #include "tools/SchemaInstaller.h"
+#include "tools/SchemaSnapshot.h"
 
 using namespace orvmysql;
 using devkit::SchemaInstaller;
@@ -106,6 +107,24 @@ TEST(SchemaTool, UpgradeBringsADatabaseOfTheBaselineUpToDateInOrder) {
   EXPECT_EQ(installer.Upgrade(), Names(source.migrations));
   EXPECT_THAT(installer.Check(), IsEmpty());
   EXPECT_THAT(installer.Upgrade(), IsEmpty());
+}
+
+// Every change lives in the baseline DDL as well as in its migration, so that a
+// fresh database and an upgraded one are alike.
+TEST(SchemaTool, TheBaselineHoldsWhatEveryMigrationAdds) {
+  Scratch baseline("baseline");
+  Scratch migrated("migrated");
+  devkit::AdminExecute(orvtest::Server(), "CREATE DATABASE `" + baseline.Name() +
+                                              "` CHARACTER SET utf8mb4 COLLATE utf8mb4_unicode_ci");
+  for (const auto& statement : devkit::SchemaStatements()) baseline.Exec(statement);
+  SchemaInstaller(orvtest::Server(), migrated.Name()).Create();
+
+  auto c = NewConnection(orvtest::Server().Connector(""));
+  auto expected = devkit::ReadSnapshot(*c, migrated.Name());
+  expected.tables.erase(devkit::kSchemaVersionTable);
+  expected.migrations.clear();
+  EXPECT_THAT(devkit::CompareSnapshots(expected, devkit::ReadSnapshot(*c, baseline.Name())),
+              IsEmpty());
 }
 
 TEST(SchemaTool, FailedMigrationIsNotRecordedAndRunsAgainOnceFixed) {
