@@ -43,12 +43,6 @@ bool NoDate(const Variant& v) {
   return v.IsEmpty() || v.IsNull();
 }
 
-int32_t CheckedAdd(int32_t a, int32_t b) {
-  int32_t sum;
-  if (__builtin_add_overflow(a, b, &sum)) ThrowRuntimeError(kErrOverflow);
-  return sum;
-}
-
 }  // namespace
 
 std::string GetGUID() {
@@ -136,44 +130,6 @@ std::string EscapeLikeString(std::string_view text) {
     out += c;
   }
   return out;
-}
-
-std::string GetNextID(IConnection& connection, int32_t entity_type_code) {
-  return detail::Guard({"GetNextID Ln "}, [&] {
-    const std::string code = std::to_string(entity_type_code);
-    detail::MarkLine(__LINE__);
-    auto rows = connection.Execute(
-        " SELECT LastAllocatedKey,Seed,Increment,`Offset` FROM tblKeyGen WHERE EntityTypeCode = " +
-        code);
-    int attempts = 0;
-    int32_t affected = 0;
-    int32_t last = 0;
-    if (rows->Count() >= 1) {
-      rows->GetNext();
-      auto row = rows->CurrentItem();
-      last = row->GetValue("LastAllocatedKey").ToLong();
-      const int32_t seed = row->GetValue("Seed").ToLong();
-      const int32_t increment = row->GetValue("Increment").ToLong();
-      int32_t next = (last == seed || last == 0)
-                         ? CheckedAdd(seed, row->GetValue("offset").ToLong())
-                         : CheckedAdd(last, increment);
-      // Optimistic compare-and-set: a competing writer that took a key first
-      // makes the update miss, and the key after it is tried, six keys at most.
-      do {
-        detail::MarkLine(__LINE__);
-        affected = connection.ExecuteNonQuery(
-            " UPDATE tblKeyGen SET LastAllocatedKey = " + std::to_string(next) +
-            " WHERE EntityTypeCode = " + code + " AND LastAllocatedKey = " + std::to_string(last));
-        ++attempts;
-        last = next;
-        next = CheckedAdd(next, increment);
-      } while (affected == 0 && attempts < 6);
-    }
-    rows.reset();
-    if (attempts > 0 && attempts < 6 && affected == 1) return std::to_string(last);
-    detail::MarkLine(__LINE__);
-    detail::RaiseError(kMsgPrimaryKey, "GetNextID");
-  });
 }
 
 }  // namespace orvmysql

@@ -1,6 +1,6 @@
 #pragma once
 
-// SQL literal formatting and key allocation shared by every provider.
+// SQL literal formatting shared by every provider (keys: orvmysql/Keys.h).
 
 #include <cstdint>
 #include <string>
