@@ -138,12 +138,14 @@ void BackOff(int attempt, Clock::duration lost) {
 }
 
 struct Taken {
-  int32_t first, count, increment;
+  int32_t first = 0, count = 0, increment = 0;
+  bool late = false;  // won on the sixth attempt
 };
 
-// Moves the row on by up to `wanted` keys (the range's end may allow fewer)
-// and returns them. A lost compare-and-set reads the row again and tries once
-// more after a pause; six attempts in all, and a win on the sixth still fails.
+// Moves the row on by up to `wanted` keys (the range's end may allow fewer).
+// A lost compare-and-set reads the row again and tries once more after a
+// pause, six attempts in all. Nothing taken (count 0) when the row is
+// missing, every attempt lost, or an update matched more than one row.
 Taken Take(IConnection& connection, int32_t entity_type_code, int32_t wanted) {
   const std::string code = std::to_string(entity_type_code);
   auto started = Clock::now();
@@ -156,18 +158,15 @@ Taken Take(IConnection& connection, int32_t entity_type_code, int32_t wanted) {
     const int32_t affected = connection.ExecuteNonQuery(
         " UPDATE tblKeyGen SET LastAllocatedKey = " + std::to_string(end) +
         " WHERE EntityTypeCode = " + code + " AND LastAllocatedKey = " + std::to_string(row->last));
-    if (affected != 0) {
-      if (affected == 1 && attempt < kAttempts) return {first, count, row->increment};
-      break;
-    }
+    if (affected == 1) return {first, count, row->increment, attempt == kAttempts};
+    if (affected != 0) break;
     if (attempt < kAttempts) {
       BackOff(attempt, Clock::now() - started);
       started = Clock::now();
       row = ReadRow(connection, code, __LINE__);
     }
   }
-  detail::MarkLine(__LINE__);
-  detail::RaiseError(kMsgPrimaryKey, "GetNextID");
+  return {};
 }
 
 }  // namespace
@@ -183,10 +182,17 @@ std::string GetNextID(IConnection& connection, int32_t entity_type_code) {
       return std::to_string(key);
     }
     const Taken taken = Take(connection, entity_type_code, block);
-    if (taken.count > 1) {
-      reserve.next = taken.first + taken.increment;
-      reserve.left = taken.count - 1;
+    // A win on the sixth attempt still fails the call; a block taken so keeps
+    // its keys for the next calls instead of wasting them.
+    const int32_t handed_out = taken.late ? 0 : 1;
+    if (block > 1 && taken.count > handed_out) {
+      reserve.next = taken.first + handed_out * taken.increment;
+      reserve.left = taken.count - handed_out;
       reserve.increment = taken.increment;
+    }
+    if (taken.count == 0 || taken.late) {
+      detail::MarkLine(__LINE__);
+      detail::RaiseError(kMsgPrimaryKey, "GetNextID");
     }
     return std::to_string(taken.first);
   });
