@@ -1,8 +1,10 @@
 #include "bench/BenchSupport.h"
 
+#include <mysql.h>
 #include <unistd.h>
 
 #include <iostream>
+#include <stdexcept>
 
 namespace orvbench {
 
@@ -68,6 +70,19 @@ CountedSession::~CountedSession() {
 void SetStatements(benchmark::State& state, long long statements) {
   state.counters["statements"] =
       benchmark::Counter(static_cast<double>(statements), benchmark::Counter::kAvgIterations);
+}
+
+MYSQL* DirectConnect() {
+  const orvmysql::devkit::ServerAddress& a = Server();
+  MYSQL* db = mysql_init(nullptr);
+  mysql_optionsv(db, MYSQL_SET_CHARSET_NAME, "utf8mb4");
+  if (!mysql_real_connect(db, a.server.c_str(), a.user.c_str(), a.password.c_str(),
+                          Database().c_str(), std::stoi(a.port), nullptr, CLIENT_FOUND_ROWS)) {
+    const std::string message = mysql_error(db);
+    mysql_close(db);
+    throw std::runtime_error(message);
+  }
+  return db;
 }
 
 }  // namespace orvbench

@@ -12,6 +12,8 @@
 #include "orvmysql/DataHandler.h"
 #include "tools/DevServer.h"
 
+struct st_mysql;
+
 namespace orvbench {
 
 const orvmysql::devkit::ServerAddress& Server();
@@ -22,6 +24,9 @@ std::shared_ptr<orvmysql::CMYSqlDP> NewHandler();
 // The server's count of statements run ("Questions") for this client
 // connection's session; read through the given connection.
 long long StatementCount(orvmysql::IConnection& connection);
+// A Connector/C connection to the benchmark database, for the bare statements
+// the library's are measured against (close it with mysql_close).
+st_mysql* DirectConnect();
 
 // The provider for a data-source code, cast to its interface.
 template <class T>

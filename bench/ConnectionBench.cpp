@@ -13,23 +13,9 @@
 
 namespace {
 
-using orvmysql::devkit::ServerAddress;
-
 // A small read like the providers' by-key selects: 20 rows, 5 columns.
 const std::string kSelect =
     "SELECT EntityTypeCode, LastAllocatedKey, Seed, Increment, `Offset` FROM tblKeyGen";
-
-MYSQL* DirectConnect() {
-  const ServerAddress& a = orvbench::Server();
-  MYSQL* db = mysql_init(nullptr);
-  mysql_optionsv(db, MYSQL_SET_CHARSET_NAME, "utf8mb4");
-  if (!mysql_real_connect(db, a.server.c_str(), a.user.c_str(), a.password.c_str(),
-                          orvbench::Database().c_str(), std::stoi(a.port), nullptr,
-                          CLIENT_FOUND_ROWS)) {
-    throw std::runtime_error(mysql_error(db));
-  }
-  return db;
-}
 
 // The direct call does what a caller of the client library must do to get
 // the same rows: run, store, read every value.
@@ -54,7 +40,7 @@ std::shared_ptr<orvmysql::IConnection> LibraryConnection() {
 }
 
 void BM_Select_Direct_Session(benchmark::State& state) {
-  MYSQL* db = DirectConnect();
+  MYSQL* db = orvbench::DirectConnect();
   for (auto _ : state) DirectSelect(db);
   mysql_close(db);
 }
@@ -71,7 +57,7 @@ BENCHMARK(BM_Select_Library_Session);
 const std::string kUpdate = "UPDATE tblKeyGen SET Seed = Seed WHERE EntityTypeCode = -4";
 
 void BM_Update_Direct_Session(benchmark::State& state) {
-  MYSQL* db = DirectConnect();
+  MYSQL* db = orvbench::DirectConnect();
   for (auto _ : state) {
     if (mysql_real_query(db, kUpdate.data(), kUpdate.size()) != 0)
       state.SkipWithError(mysql_error(db));
@@ -91,7 +77,7 @@ BENCHMARK(BM_Update_Library_Session);
 
 void BM_Select_Direct_NoSession(benchmark::State& state) {
   for (auto _ : state) {
-    MYSQL* db = DirectConnect();
+    MYSQL* db = orvbench::DirectConnect();
     DirectSelect(db);
     mysql_close(db);
   }
