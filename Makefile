@@ -5,6 +5,7 @@
 #   make test-sanitize  the tests under AddressSanitizer and UndefinedBehaviorSanitizer
 #   make fuzz           build and run the fuzz targets for a bounded time
 #   make package        Debian packages of the library, headers and tools (build-package/*.deb)
+#   make soak-keys      key allocation under contention (about 2 minutes)
 #   make format         clang-format every source file
 
 JOBS ?= 2
@@ -15,7 +16,7 @@ FUZZ_BUILD := build-fuzz
 PKG_BUILD := build-package
 FUZZ_SECONDS ?= 60
 
-.PHONY: deps configure build test test-sanitize demo bench fuzz format package clean
+.PHONY: deps configure build test test-sanitize demo bench fuzz format package clean soak-keys
 
 deps:
 	@./scripts/install-deps.sh
@@ -41,6 +42,14 @@ bench: deps
 	@cmake -S . -B $(BUILD) $(GEN) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 	@cmake --build $(BUILD) -j $(JOBS) --target orvmysql_bench
 	./$(BUILD)/orvmysql_bench --benchmark_counters_tabular=true
+
+# One entity type, 20 s each: 8 threads of one process, then 8 processes of one
+# thread; single keys, then blocks of 100. Exits non-zero on a duplicate key.
+soak-keys: build
+	./$(BUILD)/orvmysql-keys soak --threads 8 --seconds 20
+	ORVMYSQL_KEY_BLOCK=100 ./$(BUILD)/orvmysql-keys soak --threads 8 --seconds 20
+	./$(BUILD)/orvmysql-keys soak --processes 8 --threads 1 --seconds 20
+	ORVMYSQL_KEY_BLOCK=100 ./$(BUILD)/orvmysql-keys soak --processes 8 --threads 1 --seconds 20
 
 fuzz:
 	@./scripts/install-deps.sh fuzz
