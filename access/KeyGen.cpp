@@ -51,26 +51,36 @@ struct Registry {
   std::vector<Reserve*> abandoned;
 };
 
+// A forked child must not hand out its parent's reserved keys, nor wait on a
+// lock that a thread of the parent held: it starts with no reserves.
+Registry* forked_registry = nullptr;
+
+void BeforeFork() {
+  forked_registry->mutex.lock();
+}
+void AfterForkInParent() {
+  forked_registry->mutex.unlock();
+}
+void AfterForkInChild() {
+  Registry& r = *forked_registry;
+  for (auto& entry : r.reserves) r.abandoned.push_back(entry.second);
+  r.reserves.clear();
+  r.mutex.unlock();
+}
+
 Registry& TheRegistry() {
   static Registry* const registry = [] {
-    // A forked child must not hand out its parent's reserved keys, nor wait on
-    // a lock that a thread of the parent held: it starts with no reserves.
-    pthread_atfork([] { TheRegistry().mutex.lock(); }, [] { TheRegistry().mutex.unlock(); },
-                   [] {
-                     Registry& r = TheRegistry();
-                     for (auto& entry : r.reserves) r.abandoned.push_back(entry.second);
-                     r.reserves.clear();
-                     r.mutex.unlock();
-                   });
-    return new Registry;
+    forked_registry = new Registry;
+    pthread_atfork(&BeforeFork, &AfterForkInParent, &AfterForkInChild);
+    return forked_registry;
   }();
   return *registry;
 }
 
-Reserve& ReserveFor(const std::string& database, int32_t entity_type_code) {
+Reserve& ReserveFor(const std::string& connection_string, int32_t entity_type_code) {
   Registry& registry = TheRegistry();
   std::lock_guard hold(registry.mutex);
-  Reserve*& reserve = registry.reserves[{database, entity_type_code}];
+  Reserve*& reserve = registry.reserves[{connection_string, entity_type_code}];
   if (reserve == nullptr) reserve = new Reserve;
   return *reserve;
 }

@@ -11,7 +11,7 @@ using namespace orvmysql;
 
 namespace {
 
-// The recording connection's row has LastAllocatedKey 41 and Increment 1.
+// The recording connection's rows start at LastAllocatedKey 41, Increment 1.
 // Each test uses an entity type of its own: reserves last as long as the process.
 
 TEST(KeyBlocks, OneCompareAndSetPerBlockThenKeysFromMemory) {
@@ -32,16 +32,18 @@ TEST(KeyBlocks, OffMeansTheClassicStatementsEvenWithKeysLeft) {
   orvtest::RecordingConnection c;
   {
     orvtest::ScopedEnv block("ORVMYSQL_KEY_BLOCK", "100");
-    GetNextID(c, -702);
+    EXPECT_EQ(GetNextID(c, -702), "42");  // 43 to 141 stay reserved
   }
+  int32_t key = 142;
   for (const char* off : {static_cast<const char*>(nullptr), "", "1"}) {
     orvtest::ScopedEnv block("ORVMYSQL_KEY_BLOCK", off);
     c.statements.clear();
-    EXPECT_EQ(GetNextID(c, -702), "42");
+    EXPECT_EQ(GetNextID(c, -702), std::to_string(key));
     ASSERT_EQ(c.statements.size(), 2u);
     EXPECT_EQ(c.statements[1],
-              " UPDATE tblKeyGen SET LastAllocatedKey = 42 WHERE EntityTypeCode = -702 AND "
-              "LastAllocatedKey = 41");
+              " UPDATE tblKeyGen SET LastAllocatedKey = " + std::to_string(key) +
+                  " WHERE EntityTypeCode = -702 AND LastAllocatedKey = " + std::to_string(key - 1));
+    ++key;
   }
 }
 
