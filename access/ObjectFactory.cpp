@@ -22,9 +22,12 @@
 #include "orvmysql/DataHandler.h"
 #include "orvmysql/Error.h"
 #include "orvmysql/Query.h"
+#include "runtime/CActivityInstanceDP.h"
 #include "runtime/CPathInstanceDP.h"
+#include "runtime/CProcInstanceDP.h"
 #include "runtime/CSplitInstanceDP.h"
 #include "runtime/CThreadInstanceDP.h"
+#include "runtime/CWorkitemsDP.h"
 #include "runtime/PendingProviders.h"
 
 namespace orvmysql {

@@ -32,6 +32,9 @@ std::vector<std::string> FormatFields(const FieldArray& fields, std::span<const 
       case As::DateTime:
         values.push_back(sql::DateTime(v));
         break;
+      case As::DateOnly:
+        values.push_back(sql::DateOnly(v));
+        break;
       case As::Boolean:
         values.push_back(sql::Boolean(v));
         break;
@@ -58,10 +61,11 @@ std::string Joined(const std::vector<std::string>& values, std::size_t first, st
   return Joined(values, order);
 }
 
-std::string Joined(const std::vector<std::string>& values, std::span<const std::size_t> order) {
+std::string Joined(const std::vector<std::string>& values, std::span<const std::size_t> order,
+                   std::string_view separator) {
   std::string text;
   for (std::size_t i = 0; i < order.size(); ++i) {
-    if (i > 0) text += ',';
+    if (i > 0) text += separator;
     text += values.at(order[i]);
   }
   return text;
@@ -73,6 +77,36 @@ std::string LiteralPattern(std::string_view text) {
 
 Key Key::Text(std::string_view text) {
   return Key("'" + GetQuotedString(text, true) + "'");
+}
+
+namespace {
+
+bool Matches(const StampRule& rule, int32_t current, int32_t value) {
+  return (current & rule.current_bits) == rule.current_bits &&
+         (!rule.current_not_zero || current != 0) && (value & rule.value_bits) == rule.value_bits;
+}
+
+}  // namespace
+
+std::string StateChange(const KeyedTable& t, const Key& key, int32_t value, bool add,
+                        int32_t current, std::string_view note) {
+  std::string text(add ? t.state_add : t.state_set);
+  text += std::to_string(value);
+  for (const StampRule& rule : t.stamp_rules) {
+    if (!Matches(rule, current, value)) continue;
+    for (std::string_view stamp : rule.stamps) {
+      text += stamp;
+      text += sql::DateTime(Variant(Date::Now()));
+    }
+    break;
+  }
+  if (!t.state_note.empty()) {
+    text += t.state_note;
+    text += sql::Text(Variant(note), false);
+  }
+  text += t.update_where;
+  text += key.Literal();
+  return text;
 }
 
 }  // namespace orvmysql::dp
@@ -120,7 +154,8 @@ std::shared_ptr<IListIterator> TableProvider::RowsWithTail(std::string_view sele
 std::string TableProvider::InsertValues(const dp::KeyedTable& t, const FieldArray& fields) {
   auto v = dp::FormatFields(fields, t.add_layout);
   if (t.complete != nullptr) t.complete(v);
-  return t.insert_order.empty() ? dp::Joined(v, 0, v.size()) : dp::Joined(v, t.insert_order);
+  return t.insert_order.empty() ? dp::Joined(v, 0, v.size())
+                                : dp::Joined(v, t.insert_order, t.insert_separator);
 }
 
 int32_t TableProvider::AddRow(const dp::KeyedTable& t, const FieldArray& fields) {
@@ -153,8 +188,10 @@ int32_t TableProvider::UpdateRow(const dp::KeyedTable& t, const dp::Key& key,
 void TableProvider::DeleteRows(const dp::KeyedTable& t, const dp::Key& key, int32_t owner_id) {
   detail::Guard({t.locations.remove, t.connection_on_91}, [&] {
     const bool whole_owner = owner_id >= 1 && !t.delete_all.empty();
-    return NonQuery(whole_owner ? std::string(t.delete_all) + std::to_string(owner_id)
-                                : std::string(t.delete_one) + key.Literal());
+    const std::string statement = whole_owner ? std::string(t.delete_all) + std::to_string(owner_id)
+                                              : std::string(t.delete_one) + key.Literal();
+    return t.delete_in_session ? InSession([&] { return NonQuery(statement); })
+                               : NonQuery(statement);
   });
 }
 
@@ -172,8 +209,11 @@ std::shared_ptr<IListIterator> TableProvider::RowsByOwner(const dp::KeyedTable& 
 
 std::shared_ptr<IListIterator> TableProvider::RowsLoad(const dp::KeyedTable& t,
                                                        const std::string& tail) {
-  return detail::Guard({t.locations.load, t.connection_on_91},
-                       [&] { return RowsWithTail(t.select, tail); });
+  return detail::Guard({t.locations.load, t.connection_on_91}, [&] {
+    if (t.filter == nullptr) return RowsWithTail(t.select, tail);
+    const std::string filtered = t.filter(tail, filter_attributes_);
+    return t.filter_gives_statement ? Rows(filtered) : RowsWithTail(t.select, filtered);
+  });
 }
 
 int32_t TableProvider::CurrentState(const dp::KeyedTable& t, const dp::Key& key) {
@@ -183,10 +223,11 @@ int32_t TableProvider::CurrentState(const dp::KeyedTable& t, const dp::Key& key)
 }
 
 bool TableProvider::ChangeStateWord(const dp::KeyedTable& t, const dp::Key& key, int32_t value,
-                                    bool add) {
+                                    bool add, int32_t current, std::string_view note) {
   return detail::Guard({t.locations.change_state, t.connection_on_91}, [&] {
-    return NonQuery(std::string(add ? t.state_add : t.state_set) + std::to_string(value) +
-                    std::string(t.update_where) + key.Literal()) > 0;
+    const std::string statement = dp::StateChange(t, key, value, add, current, note);
+    return (t.state_in_session ? InSession([&] { return NonQuery(statement); })
+                               : NonQuery(statement)) > 0;
   });
 }
 

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "access/DataSourceBase.h"
+#include "orvmysql/Attributes.h"
 #include "orvmysql/List.h"
 #include "orvmysql/Variant.h"
 
@@ -31,6 +32,7 @@ enum class As : std::uint8_t {
   TextOrNull,      // quoted, cut to 255 characters; NULL when empty
   LongTextOrNull,  // quoted, not cut; NULL when empty
   DateTime,        // date-time literal; NULL when Empty or Null
+  DateOnly,        // date literal without the time of day; NULL when Empty or Null
   Boolean,         // 1 or 0
   Unused,          // must be present, is not read
 };
@@ -52,8 +54,9 @@ std::string Assignments(std::span<const Assignment> set, const std::vector<std::
 
 // values[first] to values[last - 1], separated by ",".
 std::string Joined(const std::vector<std::string>& values, std::size_t first, std::size_t last);
-// The values at the given positions, in that order, separated by ",".
-std::string Joined(const std::vector<std::string>& values, std::span<const std::size_t> order);
+// The values at the given positions, in that order, separated by the separator.
+std::string Joined(const std::vector<std::string>& values, std::span<const std::size_t> order,
+                   std::string_view separator = ",");
 
 // The text as the body of a quoted LIKE pattern that matches only itself:
 // wildcards escaped, then quoted and cut to 255 characters.
@@ -73,11 +76,29 @@ class Key {
   std::string literal_;
 };
 
+// An entity filter of query/EntityFilters.h: reads the filter document and
+// renders it against the provider's attribute map (built on first use).
+using EntityFilter = std::string (*)(std::string_view document,
+                                     std::shared_ptr<CAttributes>& attributes);
+
+// One date-stamp rule of a state change. It matches when the current word
+// holds every bit of current_bits (and is not 0 when current_not_zero) and
+// the new value holds every bit of value_bits. Each stamp text
+// (" ,StartedOn = ") is followed by the present local date and time, read
+// from the clock once per stamp.
+struct StampRule {
+  int32_t current_bits = 0;
+  bool current_not_zero = false;
+  int32_t value_bits = 0;
+  std::span<const std::string_view> stamps{};
+};
+
 // Statements, layouts and location texts of a table whose rows have a key
 // (from GetNextID, or the caller's text) and belong to an owner (an activity,
 // a definition or a process instance). The providers of the bags, the process
-// parameters, the transitions and the switches, and of the splits, paths and
-// threads of routing are such tables.
+// parameters, the transitions and the switches, of the splits, paths and
+// threads of routing, and of the process instances, activity instances and
+// work items are such tables.
 struct KeyedTable {
   // Location texts of the operations for the error trail.
   struct Locations {
@@ -99,23 +120,44 @@ struct KeyedTable {
   std::span<const As> add_layout{};
   // Positions in the order of the column list; empty for positions in order.
   std::span<const std::size_t> insert_order{};
+  // Between two values of the VALUES list (the key is always followed by ",").
+  std::string_view insert_separator = ",";
 
   std::string_view update_head{};  // "UPDATE <table> SET "
   std::span<const As> update_layout{};
   std::span<const Assignment> update_set{};
   std::string_view update_where{};  // " WHERE <key> = "
 
-  std::string_view delete_one{};  // "DELETE ... WHERE <key> = "
-  std::string_view delete_all{};  // "DELETE ... WHERE <owner> = "; empty when not offered
+  std::string_view delete_one{};   // "DELETE ... WHERE <key> = "
+  std::string_view delete_all{};   // "DELETE ... WHERE <owner> = "; empty when not offered
+  bool delete_in_session = false;  // whether Delete runs between StartSession and EndSession
+
+  // Load through an entity filter instead of a trusted tail: the filter gives
+  // the tail that follows the select list and a blank or, with
+  // filter_gives_statement, the whole statement.
+  EntityFilter filter = nullptr;
+  bool filter_gives_statement = false;
 
   // The State word, for tables that have one; the key clause is update_where.
   std::string_view state_read{};  // "SELECT State FROM <table> WHERE <key> = "
   std::string_view state_set{};   // "UPDATE <table> SET `State` = "
   std::string_view state_add{};   // "UPDATE <table> SET `State` = `State` + "
+  // The date stamps of a state change: the first rule that matches writes its
+  // stamps; none may match.
+  std::span<const StampRule> stamp_rules{};
+  // The assignment of the caller's note (" ,ActivityNote = "), written after
+  // the stamps as a quoted text that is not cut; empty when there is none.
+  std::string_view state_note{};
+  bool state_in_session = false;  // whether a state change runs in a session
 
   // Adjusts the formatted values of Add and Update before they are written.
   void (*complete)(std::vector<std::string>& values) = nullptr;
 };
+
+// The UPDATE of a state change: set or add head, the value in decimal, the
+// stamps of the first matching rule for the current word, the note, the key.
+std::string StateChange(const KeyedTable& table, const Key& key, int32_t value, bool add,
+                        int32_t current, std::string_view note);
 
 }  // namespace orvmysql::dp
 
@@ -154,12 +196,16 @@ class TableProvider : public DataSourceBase {
   void DeleteRows(const dp::KeyedTable& table, const dp::Key& key, int32_t owner_id);
   std::shared_ptr<IListIterator> RowsByKey(const dp::KeyedTable& table, const dp::Key& key);
   std::shared_ptr<IListIterator> RowsByOwner(const dp::KeyedTable& table, int32_t owner_id);
+  // The caller's trusted tail after the select list, or, for a table with an
+  // entity filter, the rows the filter document selects.
   std::shared_ptr<IListIterator> RowsLoad(const dp::KeyedTable& table, const std::string& tail);
   // The row's State word, 0 when there is no row or the word is NULL.
   int32_t CurrentState(const dp::KeyedTable& table, const dp::Key& key);
   // Sets the State word to value, or adds value to it (arithmetically, in one
-  // UPDATE); true when the row exists.
-  bool ChangeStateWord(const dp::KeyedTable& table, const dp::Key& key, int32_t value, bool add);
+  // UPDATE), with the stamps the table's rules give for the caller's current
+  // word and the table's note; true when the row exists.
+  bool ChangeStateWord(const dp::KeyedTable& table, const dp::Key& key, int32_t value, bool add,
+                       int32_t current = 0, std::string_view note = {});
 
   // select + filter + the key + tail, for example
   // "SELECT ... FROM tblSwitches " + " WHERE SwitchID = " + "12".
@@ -176,6 +222,9 @@ class TableProvider : public DataSourceBase {
   void EndSessionAfterFailure() noexcept;
   // The values of an INSERT after the key, formatted by the table's layout.
   static std::string InsertValues(const dp::KeyedTable& table, const FieldArray& fields);
+
+  // The entity filter's attribute map, built on first use and kept.
+  std::shared_ptr<CAttributes> filter_attributes_;
 };
 
 template <class Body>

@@ -9,10 +9,7 @@ namespace orvmysql {
 
 class CAIPropertyDataDP : public DataSourceBase {};
 class CActivityInstanceDataDP : public DataSourceBase {};
-class CWorkitemsDP : public DataSourceBase {};
-class CProcInstanceDP : public DataSourceBase {};
 class COrvEngineDP : public DataSourceBase {};
-class CActivityInstanceDP : public DataSourceBase {};
 class CPIReleventDataDP : public DataSourceBase {};
 class CProcInstDataDP : public DataSourceBase {};
 

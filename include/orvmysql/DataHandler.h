@@ -29,10 +29,10 @@ enum DataSourceCode : int32_t {
   kDsActivities = 7,            // CActivitiesDP, IActivitiesDP
   kDsAIPropertyData = 8,        // CAIPropertyDataDP
   kDsActivityInstanceData = 9,  // CActivityInstanceDataDP
-  kDsWorkitems = 10,            // CWorkitemsDP
-  kDsProcInstance = 11,         // CProcInstanceDP
+  kDsWorkitems = 10,            // CWorkitemsDP, IWorkitemsDP
+  kDsProcInstance = 11,         // CProcInstanceDP, IProcInstanceDP
   kDsEngine = 13,               // COrvEngineDP
-  kDsActivityInstance = 14,     // CActivityInstanceDP
+  kDsActivityInstance = 14,     // CActivityInstanceDP, IActivityInstanceDP
   kDsSplitInstance = 15,        // CSplitInstanceDP
   kDsPathInstance = 16,         // CPathInstanceDP
   kDsThreadInstance = 17,       // CThreadInstanceDP

@@ -15,5 +15,6 @@
 #include "orvmysql/Object.h"
 #include "orvmysql/Query.h"
 #include "orvmysql/Routing.h"
+#include "orvmysql/Runtime.h"
 #include "orvmysql/Variant.h"
 #include "orvmysql/Visitor.h"
