@@ -16,15 +16,6 @@ using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
 using ::testing::StartsWith;
 
-const std::string kWorkitemHead =
-    "SELECT WorkitemID,ResourceID,ResourceType,resourceName,Subject,Note,tblWorkitems.State,"
-    "FKActivityInstanceID,WorkitemActivityInstanceType,tblWorkitems.FKProcInstanceID,"
-    "AcknowledgedOn,tblWorkitems.FinishedOn,tblWorkitems.CreatedOn,tblWorkitems.StartedOn,"
-    "TaskIndex,tblWorkitems.Priority,tblWorkitems.ScheduledStartTime,tblWorkitems.ScheduledEndTime,"
-    "tblWorkitems.ScheduledTimeout,tblWorkitems.DisplayMask,tblActivityInstance.FKActivityID FROM "
-    "tblWorkitems INNER JOIN tblActivityInstance ON tblWorkitems.FKActivityInstanceID = "
-    "tblActivityInstance.ActivityInstanceID ";
-
 // A query document from code.
 std::string Filter(const std::string& entity, std::shared_ptr<CConditionExpression> criteria,
                    std::initializer_list<std::pair<const char*, SortOrderEnum>> keys = {},
@@ -46,14 +37,14 @@ class QueryFilterTest : public ::testing::Test {
 };
 
 TEST_F(QueryFilterTest, WorkItemStatements) {
-  EXPECT_EQ(ParseWorkitemFilter(Filter("", nullptr), workitems_), kWorkitemHead + "  ");
+  EXPECT_EQ(ParseWorkitemFilter(Filter("", nullptr), workitems_), kWorkitemSelect + "  ");
   ASSERT_NE(workitems_, nullptr);  // built on first use and kept
   const auto map = workitems_;
   EXPECT_EQ(
       ParseWorkitemFilter(Filter("tblWorkitems", Group(dloAnd, {Cond("State", dcoContains, 4)}),
                                  {{"Priority", dsDescending}, {"FKActivityID", dsAscending}}),
                           workitems_),
-      kWorkitemHead + "  WHERE  (tblWorkitems.`State` & 4 = 4)  " +
+      kWorkitemSelect + "  WHERE  (tblWorkitems.`State` & 4 = 4)  " +
           " ORDER BY tblWorkitems.Priority DESC,tblActivityInstance.FKActivityID ASC");
   EXPECT_EQ(workitems_, map);
 

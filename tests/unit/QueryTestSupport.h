@@ -22,6 +22,16 @@ namespace orvtest {
 
 using namespace orvmysql;
 
+// The select list of the work items (the whole head of the plain list).
+inline const std::string kWorkitemSelect =
+    "SELECT WorkitemID,ResourceID,ResourceType,resourceName,Subject,Note,tblWorkitems.State,"
+    "FKActivityInstanceID,WorkitemActivityInstanceType,tblWorkitems.FKProcInstanceID,"
+    "AcknowledgedOn,tblWorkitems.FinishedOn,tblWorkitems.CreatedOn,tblWorkitems.StartedOn,"
+    "TaskIndex,tblWorkitems.Priority,tblWorkitems.ScheduledStartTime,tblWorkitems.ScheduledEndTime,"
+    "tblWorkitems.ScheduledTimeout,tblWorkitems.DisplayMask,tblActivityInstance.FKActivityID FROM "
+    "tblWorkitems INNER JOIN tblActivityInstance ON tblWorkitems.FKActivityInstanceID = "
+    "tblActivityInstance.ActivityInstanceID ";
+
 inline int32_t OwnError(int32_t message) {
   return kObjectErrorBase | message;
 }
