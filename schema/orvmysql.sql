@@ -169,7 +169,8 @@ CREATE TABLE IF NOT EXISTS tblProcessInstance (
   Note MEDIUMTEXT NULL,
   KEY ixProcessInstanceDef (FKProcDefID),
   KEY ixProcessInstanceTree (TreeID),
-  KEY ixProcessInstanceParent (FKParentProcInstanceID)
+  KEY ixProcessInstanceParent (FKParentProcInstanceID),
+  KEY ixProcessInstanceGuid (`Guid`)
 ) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4 COLLATE=utf8mb4_unicode_ci;
 
 CREATE TABLE IF NOT EXISTS tblActivityInstance (
@@ -226,7 +227,8 @@ CREATE TABLE IF NOT EXISTS tblWorkitems (
   Priority INT NULL,
   DisplayMask INT NULL,
   KEY ixWorkitemsProcess (FKProcInstanceID),
-  KEY ixWorkitemsActivityInstance (FKActivityInstanceID, TaskIndex)
+  KEY ixWorkitemsActivityInstance (FKActivityInstanceID, TaskIndex),
+  KEY ixWorkitemsResource (ResourceID)
 ) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4 COLLATE=utf8mb4_unicode_ci;
 
 CREATE TABLE IF NOT EXISTS tblProcInstanceData (
