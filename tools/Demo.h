@@ -3,9 +3,11 @@
 // Sections of the demo program. Each drives the library through the
 // engine-facing API only and prints what it does.
 
+#include <cstdint>
 #include <memory>
 #include <ostream>
 #include <stdexcept>
+#include <string>
 
 #include "orvmysql/DataHandler.h"
 
@@ -24,5 +26,10 @@ void DemoDefinitions(orvmysql::CMYSqlDP& handler, std::ostream& out);
 void DemoQueries(orvmysql::CMYSqlDP& handler, std::ostream& out);
 void DemoLanguages(orvmysql::CMYSqlDP& handler, std::ostream& out);
 void DemoMessaging(orvmysql::CMYSqlDP& handler, std::ostream& out);
+void DemoRuntime(orvmysql::CMYSqlDP& handler, std::ostream& out);
+
+// Stores the purchase-order definition of the definitions section under the
+// name and returns its key.
+int32_t StorePurchaseOrder(orvmysql::CMYSqlDP& handler, const std::string& name, std::ostream& out);
 
 }  // namespace orvdemo

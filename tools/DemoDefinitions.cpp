@@ -233,6 +233,11 @@ void Describe(Providers& p, int32_t definition, std::ostream& out) {
 
 }  // namespace
 
+int32_t StorePurchaseOrder(CMYSqlDP& handler, const std::string& name, std::ostream& out) {
+  Providers p(handler);
+  return Store(p, name, out);
+}
+
 void DemoDefinitions(CMYSqlDP& handler, std::ostream& out) {
   out << "\n== Process definitions\n";
   Providers p(handler);

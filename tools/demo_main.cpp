@@ -29,6 +29,7 @@ int main() {
     orvdemo::DemoQueries(*handler, out);
     orvdemo::DemoLanguages(*handler, out);
     orvdemo::DemoMessaging(*handler, out);
+    orvdemo::DemoRuntime(*handler, out);
 
     devkit::AdminExecute(server->Address(), "DROP DATABASE `" + database + "`");
     out << "\nDropped database " << database << ". Done.\n";
