@@ -3,8 +3,11 @@
 #include <mysql.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <iostream>
 #include <stdexcept>
+#include <vector>
 
 namespace orvbench {
 
@@ -83,6 +86,45 @@ MYSQL* DirectConnect() {
     throw std::runtime_error(message);
   }
   return db;
+}
+
+namespace {
+
+double Median(std::vector<double>& values) {
+  if (values.empty()) return 0;
+  std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
+  return values[values.size() / 2];
+}
+
+double MicrosecondsOf(const std::function<void()>& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start)
+      .count();
+}
+
+}  // namespace
+
+void TakeTurns(benchmark::State& state, const std::string& first_name,
+               const std::function<void()>& first, const std::string& second_name,
+               const std::function<void()>& second) {
+  std::vector<double> first_us, second_us;
+  bool first_goes_first = true;
+  for (auto _ : state) {
+    if (first_goes_first) first_us.push_back(MicrosecondsOf(first));
+    second_us.push_back(MicrosecondsOf(second));
+    if (!first_goes_first) first_us.push_back(MicrosecondsOf(first));
+    first_goes_first = !first_goes_first;
+    state.SetIterationTime(first_us.back() / 1e6);
+  }
+  const double first_median = Median(first_us), second_median = Median(second_us);
+  state.counters[first_name + "_us"] = first_median;
+  state.counters[second_name + "_us"] = second_median;
+  state.counters[first_name + "_per_" + second_name] = first_median / second_median;
+}
+
+void DirectExecute(MYSQL* db, const std::string& sql) {
+  if (mysql_real_query(db, sql.data(), sql.size()) != 0) throw std::runtime_error(mysql_error(db));
 }
 
 }  // namespace orvbench

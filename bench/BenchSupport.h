@@ -6,6 +6,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -27,6 +28,8 @@ long long StatementCount(orvmysql::IConnection& connection);
 // A Connector/C connection to the benchmark database, for the bare statements
 // the library's are measured against (close it with mysql_close).
 st_mysql* DirectConnect();
+// Runs a statement on it; throws with the client's message when it fails.
+void DirectExecute(st_mysql* db, const std::string& sql);
 
 // The provider for a data-source code, cast to its interface.
 template <class T>
@@ -67,5 +70,15 @@ void Counted(benchmark::State& state, CountedSession& session, long long& statem
 
 // Sets the "statements" counter: the given total as an average per iteration.
 void SetStatements(benchmark::State& state, long long statements);
+
+// Runs first and second once each per iteration, taking turns at going first
+// so that neither always follows the other's commit, and both see the same
+// load on the machine. The iteration time is first's (register the benchmark
+// with UseManualTime). Sets the counters <first>_us and <second>_us (medians)
+// and <first>_per_<second>, the first over the second: medians resist the
+// stalls of a machine shared with other work.
+void TakeTurns(benchmark::State& state, const std::string& first_name,
+               const std::function<void()>& first, const std::string& second_name,
+               const std::function<void()>& second);
 
 }  // namespace orvbench

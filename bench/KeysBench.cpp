@@ -10,24 +10,13 @@
 #include <benchmark/benchmark.h>
 #include <mysql.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <string>
-#include <vector>
 
 #include "bench/BenchSupport.h"
 #include "orvmysql/Definitions.h"
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-double Median(std::vector<double>& values) {
-  if (values.empty()) return 0;
-  std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
-  return values[values.size() / 2];
-}
 
 void BM_KeyedAdd(benchmark::State& state, const char* block) {
   if (block != nullptr)
@@ -41,12 +30,6 @@ void BM_KeyedAdd(benchmark::State& state, const char* block) {
   static long long direct_key = 1'000'000'000;
   const orvmysql::FieldArray fields = {1, 1, 2, 1, "", 1, "bench"};
   const long long statements_before = session.Statements();
-  std::vector<double> add_us, insert_us;
-  auto timed = [](auto&& work) {
-    const auto start = Clock::now();
-    work();
-    return std::chrono::duration<double, std::micro>(Clock::now() - start).count();
-  };
   auto add = [&] {
     if (transitions->Add(fields) < 1) state.SkipWithError("Add inserted no row");
   };
@@ -57,23 +40,11 @@ void BM_KeyedAdd(benchmark::State& state, const char* block) {
         std::to_string(direct_key++) + ",1,1,2,1,NULL,1,'bench')";
     if (mysql_real_query(db, sql.data(), sql.size()) != 0) state.SkipWithError(mysql_error(db));
   };
-  bool add_first = true;
-  for (auto _ : state) {
-    // Taking turns at going first, so that neither always follows the other's commit.
-    if (add_first) add_us.push_back(timed(add));
-    insert_us.push_back(timed(insert));
-    if (!add_first) add_us.push_back(timed(add));
-    add_first = !add_first;
-    state.SetIterationTime(add_us.back() / 1e6);
-  }
+  orvbench::TakeTurns(state, "add", add, "insert", insert);
   // The INSERTs are not key statements.
   const long long key_statements = session.Statements() - statements_before - state.iterations();
   mysql_close(db);
   unsetenv("ORVMYSQL_KEY_BLOCK");
-  const double add_median = Median(add_us), insert_median = Median(insert_us);
-  state.counters["add_us"] = add_median;
-  state.counters["insert_us"] = insert_median;
-  state.counters["add_per_insert"] = add_median / insert_median;
   state.counters["key_statements_per_100_keys"] =
       100.0 * static_cast<double>(key_statements) / static_cast<double>(state.iterations());
 }
