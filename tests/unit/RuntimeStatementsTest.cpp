@@ -160,7 +160,6 @@ TEST_F(RuntimeStatements, ProcessInstances) {
   auto& p = *processes_;
   ExpectStatements({
       {[&] { p.Add(ProcessFields(0)); }, {kProcessInsert + "0,<GUID>" + kProcessInsertTail}},
-      {[&] { p.Add(ProcessFields(-3)); }, {kProcessInsert + "-3,<GUID>" + kProcessInsertTail}},
       {[&] { p.Add(ProcessFields(7)); },
        {"SELECT TreeID FROM tblProcessInstance WHERE ProcInstanceID = 7",
         kProcessInsert + "7,'3f2504e04f8911d39a0c0305e82c3301'" + kProcessInsertTail}},
@@ -366,16 +365,6 @@ TEST_F(RuntimeStatements, BadValuesStopBeforeAnySessionOrStatement) {
   }
   EXPECT_TRUE(connection_->statements.empty());
   EXPECT_EQ(connection_->starts, 0);
-}
-
-TEST_F(RuntimeStatements, MissingConnectionIsNamedInEveryOperation) {
-  CWorkitemsDP unconnected;
-  const Error e = Raised([&] { unconnected.GetCurrentState(1); });
-  EXPECT_EQ(e.Number(), kErrObjectNotSet);
-  EXPECT_TRUE(e.Description().ends_with(" (Connection)")) << e.Description();
-  EXPECT_TRUE(e.Source().find("CWorkitemsDP:IWorkitemsDP_GetCurrentState Function (") !=
-              std::string::npos)
-      << e.Source();
 }
 
 }  // namespace
