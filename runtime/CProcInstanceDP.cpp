@@ -97,12 +97,15 @@ constexpr dp::KeyedTable kTable{
 
 std::string CProcInstanceDP::TreeLiteral(int32_t parent_id) {
   if (parent_id <= 0) return "'" + GetGUID() + "'";
-  // The parent's TreeID, quoted. A missing parent leaves the place empty, so
-  // that the INSERT fails rather than join every orphan into one tree.
-  const std::string tree = Scalar(
-      "SELECT TreeID FROM tblProcessInstance WHERE ProcInstanceID = " + std::to_string(parent_id),
-      "");
-  return tree.empty() ? tree : "'" + GetQuotedString(tree, true) + "'";
+  // The parent's TreeID, quoted. A missing parent (or one without a tree)
+  // leaves the place empty, so that the INSERT fails rather than join every
+  // orphan into one tree.
+  const std::string tree =
+      GetQuotedString(Scalar("SELECT TreeID FROM tblProcessInstance WHERE ProcInstanceID = " +
+                                 std::to_string(parent_id),
+                             ""),
+                      true);
+  return tree.empty() ? tree : "'" + tree + "'";
 }
 
 // IProcInstanceDP

@@ -156,7 +156,8 @@ class RuntimeStatements : public ::testing::Test {
 
 TEST_F(RuntimeStatements, ProcessInstances) {
   connection_->scalars = {{"ProcInstanceID = 7", "3f2504e04f8911d39a0c0305e82c3301"},
-                          {"ProcInstanceID = 8", "it's"}};
+                          {"ProcInstanceID = 8", "it's"},
+                          {"ProcInstanceID = 10", "   "}};
   auto& p = *processes_;
   ExpectStatements({
       {[&] { p.Add(ProcessFields(0)); }, {kProcessInsert + "0,<GUID>" + kProcessInsertTail}},
@@ -170,6 +171,9 @@ TEST_F(RuntimeStatements, ProcessInstances) {
       {[&] { p.Add(ProcessFields(9)); },
        {"SELECT TreeID FROM tblProcessInstance WHERE ProcInstanceID = 9",
         kProcessInsert + "9," + kProcessInsertTail}},
+      {[&] { p.Add(ProcessFields(10)); },
+       {"SELECT TreeID FROM tblProcessInstance WHERE ProcInstanceID = 10",
+        kProcessInsert + "10," + kProcessInsertTail}},
       {[&] { p.Update(42, ProcessFields(7)); },
        {"UPDATE tblProcessInstance SET  `ProcInstanceName` = 'PO 1042' ,`FKProcDefID` = 7 "
         ",`ScheduledStartTime` =  '2024-05-17 09:00:00'  ,`CreatorID` = 'ann' ,`CreatorType` = "
