@@ -1,10 +1,10 @@
-#include <algorithm>
 #include <array>
 #include <functional>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "access/AsciiCase.h"
 #include "access/Connection.h"
 #include "access/DataSourceFactory.h"
 #include "access/ObjectFactory.h"
@@ -80,13 +80,6 @@ constexpr std::pair<std::string_view, Maker> kClasses[] = {
     {"orvmysql.CAttribute", &Make<CAttribute>},
 };
 
-bool SameName(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-    return std::tolower(static_cast<unsigned char>(x)) ==
-           std::tolower(static_cast<unsigned char>(y));
-  });
-}
-
 }  // namespace
 
 std::shared_ptr<IDataSource> NewDataSource(int32_t code) {
@@ -144,7 +137,7 @@ std::vector<std::string_view> CreatableClassNames() {
 
 std::shared_ptr<IObject> CreateObject(std::string_view class_name) {
   for (const auto& [name, make] : kClasses) {
-    if (SameName(name, class_name)) return make();
+    if (detail::AsciiSameText(name, class_name)) return make();
   }
   ThrowRuntimeError(kErrCannotCreateObject, class_name);
 }

@@ -2,23 +2,16 @@
 
 #include <algorithm>
 
+#include "access/AsciiCase.h"
 #include "access/ErrorHandling.h"
 
 namespace orvmysql {
 
 namespace {
 
+using detail::AsciiLower;
+
 // Column names are matched without regard to ASCII case, independent of the locale.
-char AsciiLower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
-std::string Lower(std::string_view text) {
-  std::string out(text);
-  for (char& c : out) c = AsciiLower(c);
-  return out;
-}
-
 bool EqualsIgnoreCase(std::string_view lower, std::string_view name) {
   return lower.size() == name.size() &&
          std::equal(lower.begin(), lower.end(), name.begin(),
@@ -43,7 +36,7 @@ void CRSListItem::LoadSchema(const Recordset& recordset) {
     std::vector<std::string> schema;
     for (std::size_t i = 0; i < recordset.ColumnCount(); ++i) {
       if (i >= kMaxColumns) ThrowRuntimeError(kErrSubscript);
-      std::string key = Lower(recordset.Name(i));
+      std::string key = detail::AsciiLowerCase(recordset.Name(i));
       if (std::find(schema.begin(), schema.end(), key) != schema.end()) {
         ThrowRuntimeError(kErrDuplicateKey, recordset.Name(i));
       }

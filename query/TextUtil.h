@@ -2,10 +2,10 @@
 
 // Small text helpers of the query model and the language files.
 
-#include <algorithm>
-#include <cctype>
 #include <string>
 #include <string_view>
+
+#include "access/AsciiCase.h"
 
 namespace orvmysql::detail {
 
@@ -17,19 +17,14 @@ inline std::string_view TrimBlanks(std::string_view text) {
   return text;
 }
 
-// ASCII lower case; other bytes stay as they are.
+// ASCII lower case, independent of the locale; other bytes stay as they are.
 inline std::string LowerCase(std::string_view text) {
-  std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return lower;
+  return AsciiLowerCase(text);
 }
 
-// Equal without regard to ASCII case.
+// Equal without regard to ASCII case, independent of the locale.
 inline bool SameText(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
-    return std::tolower(x) == std::tolower(y);
-  });
+  return AsciiSameText(a, b);
 }
 
 // "line L, column C" of a byte offset into a text (both counted from 1);

@@ -5,7 +5,9 @@
 #   install-deps.sh format  also clang-format
 #   install-deps.sh package also what make package needs (dpkg-shlibdeps, file)
 # mariadb-server-core holds the server binaries without a system service, so
-# installing it starts nothing and touches no system database.
+# installing it starts nothing and touches no system database. The tests make
+# their TLS certificates with openssl and compile a Turkish locale from the
+# sources in locales.
 set -euo pipefail
 
 packages=(
@@ -14,6 +16,7 @@ packages=(
   libpugixml-dev uuid-dev
   libxslt1-dev locales
   libgtest-dev libgmock-dev libbenchmark-dev
+  openssl locales
 )
 case "${1:-}" in
   fuzz) packages+=(clang libclang-rt-14-dev) ;;
