@@ -106,8 +106,11 @@ class ORVMYSQL_EXPORT CCondition : public ILeafNode {
   Variant value_;
 };
 
-class CConditionExpression;
-class COrderExpression;
+// Declared exported before QueryList is instantiated over them: an
+// instantiation is only as visible as its arguments, and the collections'
+// type information must be visible to programs that link the library.
+class ORVMYSQL_EXPORT CConditionExpression;
+class ORVMYSQL_EXPORT COrderExpression;
 
 // Ordered 1-based list shared by the three collections of the query model.
 // Failures of Add and Item (Exist reports as Item) keep their number and get
