@@ -51,7 +51,10 @@ class ORVMYSQL_EXPORT Error : public std::exception {
   // Five-character SQLSTATE of a database error, empty for others.
   const std::string& SqlState() const noexcept { return sql_state_; }
 
-  // Number, description and source in one text.
+  // One line for a log or a person: the number in decimal and hex, the
+  // description (its lines joined by " | ", very long ones shortened), the
+  // native code and SQLSTATE when there is one, and the innermost location of
+  // the source trail. A missing table (1146) adds a hint to run the schema tool.
   const char* what() const noexcept override;
 
   void SetNative(unsigned native_error, std::string sql_state);
