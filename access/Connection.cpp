@@ -4,17 +4,22 @@
 #include <unistd.h>
 
 #include <charconv>
+#include <chrono>
 #include <cstring>
 
 #include "access/ErrorHandling.h"
+#include "access/OptionFiles.h"
 #include "access/RSList.h"
 #include "access/Recordset.h"
+#include "access/StatementObservers.h"
 
 namespace orvmysql {
 
 namespace {
 
-// Option bits of the connection string and what they mean here.
+// The option bits of the connection string ("OPTION=18475") and the two of
+// them that mean something here.
+constexpr uint32_t kOptionBits = 18475;
 constexpr uint32_t kOptionFoundRows = 2;    // an UPDATE counts the rows it matched
 constexpr uint32_t kOptionCompress = 2048;  // compressed protocol, for remote servers only
 constexpr unsigned kConnectTimeoutSeconds = 10;
@@ -136,46 +141,55 @@ struct ResultCloser {
   void operator()(MYSQL_RES* result) const noexcept { mysql_free_result(result); }
 };
 
+// Connector/C reads the option files itself when it connects; the time limits
+// it takes only from code are read here and set.
+void ApplyOptionFiles(MYSQL* db) {
+  const detail::OptionFileSettings settings = detail::ReadOptionFiles();
+  if (!settings.file.empty()) mysql_optionsv(db, MYSQL_READ_DEFAULT_FILE, settings.file.c_str());
+  mysql_optionsv(db, MYSQL_READ_DEFAULT_GROUP, detail::kOptionGroup);
+  if (settings.read_timeout != 0) {
+    mysql_optionsv(db, MYSQL_OPT_READ_TIMEOUT, &settings.read_timeout);
+  }
+  if (settings.write_timeout != 0) {
+    mysql_optionsv(db, MYSQL_OPT_WRITE_TIMEOUT, &settings.write_timeout);
+  }
+}
+
 }  // namespace
 
-std::string BuildConnectionString(const IDPConnector& connector) {
+ConnectionSettings ReadConnector(const IDPConnector& connector) {
   return detail::Guard({"CConnection:ConnectionString Ln "}, [&] {
-    std::string port = connector.Port();
-    if (port.empty()) port = "3306";
-    return "Driver=MySQL ODBC 5.1 Driver;DATABASE=" + connector.Database() +
-           ";SERVER=" + connector.Server() + ";UID=" + connector.User() + ";" +
-           "PASSWORD=" + connector.Password() + ";PORT=" + port + ";OPTION=18475;";
+    ConnectionSettings s{connector.Server(), connector.Database(), connector.User(),
+                         connector.Password(), connector.Port()};
+    if (s.port.empty()) s.port = "3306";
+    return s;
   });
 }
 
-ConnectionSettings ParseConnectionString(const std::string& text) {
-  ConnectionSettings s;
-  std::size_t start = 0;
-  while (start <= text.size()) {
-    std::size_t end = text.find(';', start);
-    if (end == std::string::npos) end = text.size();
-    std::string_view part(text.data() + start, end - start);
-    const auto eq = part.find('=');
-    if (eq != std::string_view::npos) {
-      std::string key = Trimmed(part.substr(0, eq));
-      for (char& c : key) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-      const std::string value(part.substr(eq + 1));
-      if (key == "SERVER")
-        s.server = value;
-      else if (key == "DATABASE")
-        s.database = value;
-      else if (key == "UID")
-        s.user = value;
-      else if (key == "PASSWORD")
-        s.password = value;
-      else if (key == "PORT")
-        s.port = value;
-      else if (key == "OPTION")
-        std::from_chars(value.data(), value.data() + value.size(), s.option);
-    }
-    start = end + 1;
+std::string BuildConnectionString(const ConnectionSettings& s, std::string_view password) {
+  return "Driver=MySQL ODBC 5.1 Driver;DATABASE=" + s.database + ";SERVER=" + s.server +
+         ";UID=" + s.user + ";" + "PASSWORD=" + std::string(password) + ";PORT=" + s.port +
+         ";OPTION=18475;";
+}
+
+std::string BuildConnectionString(const IDPConnector& connector) {
+  const ConnectionSettings s = ReadConnector(connector);
+  return BuildConnectionString(s, s.password);
+}
+
+std::string MaskedConnectionString(const IConnection& connection) {
+  if (const auto* ours = dynamic_cast<const CConnection*>(&connection)) {
+    return ours->MaskedConnectionString();
   }
-  return s;
+  std::string text = connection.ConnectionString();
+  constexpr std::string_view kKey = "PASSWORD=";
+  const auto start = text.find(kKey);
+  if (start != std::string::npos) {
+    const auto value = start + kKey.size();
+    const auto end = text.find(';', value);
+    text.replace(value, (end == std::string::npos ? text.size() : end) - value, kMaskedPassword);
+  }
+  return text;
 }
 
 void CConnection::Closer::operator()(st_mysql* db) const noexcept {
@@ -187,7 +201,9 @@ CConnection::CConnection() = default;
 CConnection::~CConnection() = default;  // the closer closes a held connection
 
 void CConnection::Init(const IDPConnector& connector) {
-  connection_string_ = BuildConnectionString(connector);
+  settings_ = ReadConnector(connector);
+  connection_string_ = BuildConnectionString(settings_, settings_.password);
+  masked_connection_string_ = BuildConnectionString(settings_, kMaskedPassword);
 }
 
 void CConnection::OpenConn() {
@@ -195,7 +211,7 @@ void CConnection::OpenConn() {
   detail::Guard({"CConnection:OpenConn Ln "}, [&] {
     db_.reset(mysql_init(nullptr));
     if (!db_) ThrowRuntimeError(kErrOutOfMemory);
-    const ConnectionSettings s = ParseConnectionString(connection_string_);
+    const ConnectionSettings& s = settings_;
     try {
       unsigned port = 0;
       const std::string port_text = Trimmed(s.port);
@@ -204,14 +220,15 @@ void CConnection::OpenConn() {
         throw Error(kErrDatabase, "orvmysql", "Invalid port '" + s.port + "'");
       }
       mysql_optionsv(db_.get(), MYSQL_SET_CHARSET_NAME, "utf8mb4");
+      ApplyOptionFiles(db_.get());
       // A server on this host answers or refuses at once; only a remote one
       // can leave a connect hanging, so only there is a time limit needed
       // (it makes the client connect without blocking, which costs a little).
       const bool local = IsThisHost(s.server);
       if (!local) mysql_optionsv(db_.get(), MYSQL_OPT_CONNECT_TIMEOUT, &kConnectTimeoutSeconds);
       unsigned long flags = 0;
-      if (s.option & kOptionFoundRows) flags |= CLIENT_FOUND_ROWS;
-      if ((s.option & kOptionCompress) && !local) flags |= CLIENT_COMPRESS;
+      if (kOptionBits & kOptionFoundRows) flags |= CLIENT_FOUND_ROWS;
+      if ((kOptionBits & kOptionCompress) && !local) flags |= CLIENT_COMPRESS;
       const bool socket = IsUnixSocket(s.server);
       if (!mysql_real_connect(db_.get(), socket ? "localhost" : s.server.c_str(), s.user.c_str(),
                               s.password.c_str(), s.database.empty() ? nullptr : s.database.c_str(),
@@ -233,7 +250,8 @@ void CConnection::OpenConn() {
       }
     } catch (...) {
       // A failed connect is reported as 61441 with the client's reason and the
-      // connection string (password included, as the engine's logs expect).
+      // connection string, its password masked: this text reaches logs and
+      // people, and ConnectionString() still gives the whole string.
       Error caught = detail::CurrentError();
       const std::string reason = caught.NativeError() != 0 ? caught.Description() : std::string();
       db_.reset();
@@ -242,7 +260,8 @@ void CConnection::OpenConn() {
           "ErrNo:" + std::to_string(caught.Number()) + "\r\n" +
           " Details:" + (reason.empty() ? caught.Description() : reason);
       message.replace(message.find("%0"), 2, detail_text);
-      Error failed(kErrConnectFailed, caught.Source(), message + "\r\n" + connection_string_);
+      Error failed(kErrConnectFailed, caught.Source(),
+                   message + "\r\n" + masked_connection_string_);
       failed.SetNative(caught.NativeError(), caught.SqlState());
       throw failed;
     }
@@ -292,63 +311,94 @@ std::shared_ptr<const Recordset> CConnection::Run(const std::string& sql, int32_
   return ReadResult(result.get());
 }
 
+template <class Call>
+auto CConnection::Observed(const std::string& sql, Call&& call) {
+  int64_t rows = -1;
+  const auto process = detail::ProcessStatementObserver();
+  if (!observer_ && !process) return call(rows);
+  const auto start = std::chrono::steady_clock::now();
+  StatementEvent event{sql};
+  try {
+    auto result = call(rows);
+    event.duration = std::chrono::steady_clock::now() - start;
+    event.rows = rows;
+    detail::ReportStatement(observer_.get(), process.get(), event);
+    return result;
+  } catch (const Error& e) {
+    event.duration = std::chrono::steady_clock::now() - start;
+    event.error = &e;
+    detail::ReportStatement(observer_.get(), process.get(), event);
+    throw;
+  }
+}
+
 // IConnection statements: a failure closes a connection opened only for this
 // statement and reports the statement's text in front of the description.
 
 std::shared_ptr<IListIterator> CConnection::Execute(const std::string& sql) {
-  return detail::Guard(
-      {"CConnection:Execute Function Ln ", false, &sql},
-      [&] {
-        detail::MarkLine(__LINE__);
-        OpenConn();
-        detail::MarkLine(__LINE__);
-        auto recordset = Run(sql, nullptr);
-        Close();
-        auto list = std::make_shared<CRSList>();
-        list->Init(std::move(recordset));
-        return std::shared_ptr<IListIterator>(std::move(list));
-      },
-      [&] { CloseQuietly(); });
+  return Observed(sql, [&](int64_t& rows) {
+    return detail::Guard(
+        {"CConnection:Execute Function Ln ", false, &sql},
+        [&] {
+          detail::MarkLine(__LINE__);
+          OpenConn();
+          detail::MarkLine(__LINE__);
+          auto recordset = Run(sql, nullptr);
+          Close();
+          rows = static_cast<int64_t>(recordset->RowCount());
+          auto list = std::make_shared<CRSList>();
+          list->Init(std::move(recordset));
+          return std::shared_ptr<IListIterator>(std::move(list));
+        },
+        [&] { CloseQuietly(); });
+  });
 }
 
 int32_t CConnection::ExecuteNonQuery(const std::string& sql) {
-  return detail::Guard(
-      {"CDB:ExecuteNonQuery Ln ", false, &sql},
-      [&] {
-        detail::MarkLine(__LINE__);
-        OpenConn();
-        int32_t affected = 0;
-        detail::MarkLine(__LINE__);
-        Run(sql, &affected);
-        Close();
-        return affected;
-      },
-      [&] { CloseQuietly(); });
+  return Observed(sql, [&](int64_t& rows) {
+    return detail::Guard(
+        {"CDB:ExecuteNonQuery Ln ", false, &sql},
+        [&] {
+          detail::MarkLine(__LINE__);
+          OpenConn();
+          int32_t affected = 0;
+          detail::MarkLine(__LINE__);
+          Run(sql, &affected);
+          Close();
+          rows = affected;
+          return affected;
+        },
+        [&] { CloseQuietly(); });
+  });
 }
 
 std::string CConnection::ExecuteScalar(const std::string& sql, const std::string& default_value) {
-  return detail::Guard(
-      {"CDB:ExecuteScalar Ln ", false, &sql},
-      [&] {
-        detail::MarkLine(__LINE__);
-        OpenConn();
-        detail::MarkLine(__LINE__);
-        if (mysql_real_query(db_.get(), sql.data(), sql.size()) != 0)
-          throw DatabaseError(db_.get());
-        std::unique_ptr<MYSQL_RES, ResultCloser> result(mysql_store_result(db_.get()));
-        if (!result && mysql_field_count(db_.get()) != 0) throw DatabaseError(db_.get());
-        std::string value = default_value;
-        if (result) {
-          MYSQL_ROW row = mysql_fetch_row(result.get());
-          if (row != nullptr && mysql_num_fields(result.get()) > 0 && row[0] != nullptr) {
-            value.assign(row[0], mysql_fetch_lengths(result.get())[0]);
+  return Observed(sql, [&](int64_t& rows) {
+    return detail::Guard(
+        {"CDB:ExecuteScalar Ln ", false, &sql},
+        [&] {
+          detail::MarkLine(__LINE__);
+          OpenConn();
+          detail::MarkLine(__LINE__);
+          if (mysql_real_query(db_.get(), sql.data(), sql.size()) != 0)
+            throw DatabaseError(db_.get());
+          std::unique_ptr<MYSQL_RES, ResultCloser> result(mysql_store_result(db_.get()));
+          if (!result && mysql_field_count(db_.get()) != 0) throw DatabaseError(db_.get());
+          std::string value = default_value;
+          rows = 0;
+          if (result) {
+            rows = static_cast<int64_t>(mysql_num_rows(result.get()));
+            MYSQL_ROW row = mysql_fetch_row(result.get());
+            if (row != nullptr && mysql_num_fields(result.get()) > 0 && row[0] != nullptr) {
+              value.assign(row[0], mysql_fetch_lengths(result.get())[0]);
+            }
           }
-        }
-        result.reset();
-        Close();
-        return value;
-      },
-      [&] { CloseQuietly(); });
+          result.reset();
+          Close();
+          return value;
+        },
+        [&] { CloseQuietly(); });
+  });
 }
 
 void CConnection::RequireFits(std::size_t statement_bytes) {

@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "orvmysql/Connection.h"
+#include "orvmysql/Observer.h"
 
 struct st_mysql;
 
@@ -13,25 +15,30 @@ namespace orvmysql {
 
 class Recordset;
 
-// The settings read back from a connection string.
+// The connector's five values, as the connector gave them; an empty port
+// becomes "3306".
 struct ConnectionSettings {
   std::string server, database, user, password, port;
-  uint32_t option = 0;
 };
 
-// Builds "Driver=MySQL ODBC 5.1
-// Driver;DATABASE=...;SERVER=...;UID=...;PASSWORD=...;PORT=...;OPTION=18475;" (values are not
-// quoted; an empty port becomes 3306).
+// Shown in place of the password wherever the connection string is reported.
+inline constexpr std::string_view kMaskedPassword = "********";
+
+// Reads the connector's values.
+ConnectionSettings ReadConnector(const IDPConnector& connector);
+// "Driver=MySQL ODBC 5.1
+// Driver;DATABASE=...;SERVER=...;UID=...;PASSWORD=...;PORT=...;OPTION=18475;" with the given
+// password text (values are not quoted).
+std::string BuildConnectionString(const ConnectionSettings& settings, std::string_view password);
+// The connection string of the connector, password included.
 std::string BuildConnectionString(const IDPConnector& connector);
-// Reads the settings back; keys match without regard to case.
-ConnectionSettings ParseConnectionString(const std::string& text);
 
 class CConnection final : public IConnection {
  public:
   CConnection();
   ~CConnection() override;
 
-  // Builds and keeps the connection string; opens nothing.
+  // Keeps the connector's values and builds the connection string; opens nothing.
   void Init(const IDPConnector& connector);
 
   // IConnection
@@ -53,6 +60,12 @@ class CConnection final : public IConnection {
   int32_t SessionDepth() const { return depth_; }
   // True while a database connection is held.
   bool IsOpen() const { return db_ != nullptr; }
+  // The connection string with the password masked.
+  const std::string& MaskedConnectionString() const { return masked_connection_string_; }
+  // Reports every statement to the observer (besides the process's); null for none.
+  void SetStatementObserver(std::shared_ptr<const StatementObserver> observer) {
+    observer_ = std::move(observer);
+  }
 
  private:
   struct Closer {
@@ -64,11 +77,17 @@ class CConnection final : public IConnection {
   void CloseQuietly() noexcept;
   // Runs a statement on the open connection; the result, if any, fully read.
   std::shared_ptr<const Recordset> Run(const std::string& sql, int32_t* affected);
+  // Runs the call (which sets the row count) and reports it to the observers.
+  template <class Call>
+  auto Observed(const std::string& sql, Call&& call);
 
   std::unique_ptr<st_mysql, Closer> db_;
+  ConnectionSettings settings_;
   std::string connection_string_;
+  std::string masked_connection_string_;
   int32_t depth_ = 0;
   std::size_t max_packet_ = 0;  // the server's max_allowed_packet, 0 until read
+  std::shared_ptr<const StatementObserver> observer_;
 };
 
 }  // namespace orvmysql

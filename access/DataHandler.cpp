@@ -29,6 +29,7 @@ std::string CMYSqlDP::Type() const {
 void CMYSqlDP::Init(const IDPConnector& connector) {
   auto connection = std::make_shared<CConnection>();
   connection->Init(connector);
+  connection->SetStatementObserver(observer_);
   connection_ = std::move(connection);
 }
 
@@ -48,6 +49,15 @@ std::shared_ptr<IDataSource> CMYSqlDP::GetDataSource(int32_t code) {
     source->Init(connection_);
     return source;
   });
+}
+
+// Observation
+
+void CMYSqlDP::SetStatementObserver(StatementObserver observer) {
+  observer_ = observer ? std::make_shared<const StatementObserver>(std::move(observer)) : nullptr;
+  if (auto connection = std::dynamic_pointer_cast<CConnection>(connection_)) {
+    connection->SetStatementObserver(observer_);
+  }
 }
 
 }  // namespace orvmysql

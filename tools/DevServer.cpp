@@ -97,11 +97,19 @@ std::unique_ptr<DevServer> DevServer::Acquire(std::function<void(const std::stri
     if (log) log("using the server named by ORVMYSQL_SERVER: " + external);
     return server;
   }
-  server->StartPrivate(log);
+  server->Start({}, log);
   return server;
 }
 
-void DevServer::StartPrivate(const std::function<void(const std::string&)>& log) {
+std::unique_ptr<DevServer> DevServer::StartPrivate(const std::vector<std::string>& server_options,
+                                                   std::function<void(const std::string&)> log) {
+  std::unique_ptr<DevServer> server(new DevServer());
+  server->Start(server_options, log);
+  return server;
+}
+
+void DevServer::Start(const std::vector<std::string>& server_options,
+                      const std::function<void(const std::string&)>& log) {
   const std::string mariadbd = Env("ORVMYSQL_MARIADBD", "/usr/sbin/mariadbd");
   const fs::path sql_dir = Env("ORVMYSQL_MARIADB_SHARE", "/usr/share/mysql");
   if (!fs::exists(mariadbd)) {
@@ -157,6 +165,7 @@ void DevServer::StartPrivate(const std::function<void(const std::string&)>& log)
            "--pid-file=" + (root / "mysqld.pid").string()}) {
     args.push_back(a);
   }
+  args.insert(args.end(), server_options.begin(), server_options.end());
   pid_ = Spawn(args, {}, root / "console.log");
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   while (!CanConnect(address_)) {

@@ -26,6 +26,10 @@ class DevServer {
   // Starts a private server unless ORVMYSQL_SERVER is set. The log function,
   // when given, receives one line per step.
   static std::unique_ptr<DevServer> Acquire(std::function<void(const std::string&)> log = {});
+  // Always starts a private server, with the extra server options given (for
+  // example "--ssl-cert=..."), whatever the environment names.
+  static std::unique_ptr<DevServer> StartPrivate(const std::vector<std::string>& server_options,
+                                                 std::function<void(const std::string&)> log = {});
   ~DevServer();  // stops a private server and removes its data directory
 
   const ServerAddress& Address() const { return address_; }
@@ -33,7 +37,8 @@ class DevServer {
 
  private:
   DevServer() = default;
-  void StartPrivate(const std::function<void(const std::string&)>& log);
+  void Start(const std::vector<std::string>& server_options,
+             const std::function<void(const std::string&)>& log);
   void Stop() noexcept;
 
   ServerAddress address_;

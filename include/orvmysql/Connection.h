@@ -49,9 +49,15 @@ class ORVMYSQL_EXPORT CDPConnector : public IDPConnector {
 // first StartSession opens the database connection and the matching last
 // EndSession closes it; a statement outside any session opens and closes a
 // connection of its own. Every statement commits by itself.
+//
+// Connects with the connector's values as they are (a password may hold ";")
+// and the settings of the standard option files (TLS, time limits; see the
+// README, "Connection options"). A connection is used from one thread at a
+// time.
 class ORVMYSQL_EXPORT IConnection : public virtual IObject {
  public:
-  // The connection string built by Init, password included.
+  // The connection string built by Init, password included; show
+  // MaskedConnectionString instead wherever people or logs see it.
   virtual std::string ConnectionString() const = 0;
   virtual void StartSession() = 0;
   // The argument is accepted and not used. An unmatched EndSession does nothing.
@@ -71,5 +77,10 @@ class ORVMYSQL_EXPORT IConnection : public virtual IObject {
 // Creates a connection ("orvmysql.CConnection") and builds its connection
 // string from the connector, without connecting.
 ORVMYSQL_EXPORT std::shared_ptr<IConnection> NewConnection(const IDPConnector& connector);
+
+// The connection string with the password shown as "********", for messages
+// and logs. For a connection of another make, the text after "PASSWORD=" up to
+// the next ";" is masked.
+ORVMYSQL_EXPORT std::string MaskedConnectionString(const IConnection& connection);
 
 }  // namespace orvmysql

@@ -6,6 +6,7 @@
 
 #include "orvmysql/Connection.h"
 #include "orvmysql/Object.h"
+#include "orvmysql/Observer.h"
 
 namespace orvmysql {
 
@@ -59,6 +60,10 @@ class ORVMYSQL_EXPORT IOrvDataHandler : public virtual IObject {
 };
 
 // The data handler the engine creates ("orvmysql.CMYSqlDP").
+//
+// Threading: a handler and the providers it hands out share one connection
+// and are used from one thread at a time; give each thread a handler of its
+// own. Handlers on different threads do not interfere.
 class ORVMYSQL_EXPORT CMYSqlDP : public IDataProvider, public IOrvDataHandler {
  public:
   // IDataProvider
@@ -73,8 +78,14 @@ class ORVMYSQL_EXPORT CMYSqlDP : public IDataProvider, public IOrvDataHandler {
   // The session's connection, null before Init.
   std::shared_ptr<IConnection> Connection() const { return connection_; }
 
+  // Reports every statement of this handler and its providers to the observer
+  // (as well as to the process's, see Observer.h); an empty function removes
+  // it. It stays installed across Init.
+  void SetStatementObserver(StatementObserver observer);
+
  private:
   std::shared_ptr<IConnection> connection_;
+  std::shared_ptr<const StatementObserver> observer_;
 };
 
 // A holder that hands a connection on as one object ("orvmysql.CDPContext").

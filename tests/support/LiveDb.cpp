@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <iostream>
 
 namespace orvtest {
@@ -14,10 +15,14 @@ std::unique_ptr<orvmysql::devkit::DevServer>& ServerSlot() {
   return server;
 }
 
-// Starts the server before the first test and stops it after the last.
+// Starts the server before the first test and stops it after the last. The
+// connections read no option files of the machine unless ORVMYSQL_OPTION_FILE
+// names one: tests that need option files write their own.
 class ServerEnvironment : public ::testing::Environment {
  public:
   void SetUp() override {
+    if (std::getenv("ORVMYSQL_OPTION_FILE") == nullptr)
+      setenv("ORVMYSQL_OPTION_FILE", "/dev/null", 1);
     ServerSlot() = orvmysql::devkit::DevServer::Acquire(
         [](const std::string& line) { std::cerr << "[server] " << line << "\n"; });
   }

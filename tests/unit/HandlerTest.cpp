@@ -8,21 +8,22 @@
 
 using namespace orvmysql;
 
-TEST(ConnectionString, ExactFormAndDefaultPort) {
+TEST(ConnectionString, ExactFormDefaultPortAndMaskedPassword) {
   const CDPConnector with_port("db.example", "wf", "engine", "p;w", "3307");
-  EXPECT_EQ(BuildConnectionString(with_port),
-            "Driver=MySQL ODBC 5.1 Driver;DATABASE=wf;SERVER=db.example;UID=engine;PASSWORD=p;w;"
-            "PORT=3307;OPTION=18475;");
-  const CDPConnector no_port("h", "d", "u", "pw", "");
-  const std::string text = BuildConnectionString(no_port);
-  EXPECT_NE(text.find(";PORT=3306;OPTION=18475;"), std::string::npos);
-  const ConnectionSettings s = ParseConnectionString(text);
-  EXPECT_EQ(s.server, "h");
-  EXPECT_EQ(s.database, "d");
-  EXPECT_EQ(s.user, "u");
-  EXPECT_EQ(s.password, "pw");
-  EXPECT_EQ(s.port, "3306");
-  EXPECT_EQ(s.option, 18475u);
+  const std::string exact =
+      "Driver=MySQL ODBC 5.1 Driver;DATABASE=wf;SERVER=db.example;UID=engine;PASSWORD=p;w;"
+      "PORT=3307;OPTION=18475;";
+  EXPECT_EQ(BuildConnectionString(with_port), exact);
+  auto connection = NewConnection(with_port);
+  EXPECT_EQ(connection->ConnectionString(), exact);
+  EXPECT_EQ(MaskedConnectionString(*connection),
+            "Driver=MySQL ODBC 5.1 Driver;DATABASE=wf;SERVER=db.example;UID=engine;"
+            "PASSWORD=********;PORT=3307;OPTION=18475;");
+
+  const CDPConnector no_port("h", "d", "u", "", "");
+  EXPECT_EQ(BuildConnectionString(no_port),
+            "Driver=MySQL ODBC 5.1 Driver;DATABASE=d;SERVER=h;UID=u;PASSWORD=;PORT=3306;"
+            "OPTION=18475;");
 }
 
 TEST(DataHandler, TypeAndSessionBeforeInit) {
