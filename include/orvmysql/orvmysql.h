@@ -13,6 +13,7 @@
 #include "orvmysql/List.h"
 #include "orvmysql/Messaging.h"
 #include "orvmysql/Object.h"
+#include "orvmysql/Observer.h"
 #include "orvmysql/Query.h"
 #include "orvmysql/Routing.h"
 #include "orvmysql/Runtime.h"
