@@ -142,9 +142,8 @@ struct ResultCloser {
 };
 
 // Connector/C reads the option files itself when it connects; the time limits
-// it takes only from code are read here and set.
-void ApplyOptionFiles(MYSQL* db) {
-  const detail::OptionFileSettings settings = detail::ReadOptionFiles();
+// it takes only from code were read by the library and are set here.
+void ApplyOptionFiles(MYSQL* db, const detail::OptionFileSettings& settings) {
   if (!settings.file.empty()) mysql_optionsv(db, MYSQL_READ_DEFAULT_FILE, settings.file.c_str());
   mysql_optionsv(db, MYSQL_READ_DEFAULT_GROUP, detail::kOptionGroup);
   if (settings.read_timeout != 0) {
@@ -220,7 +219,11 @@ void CConnection::OpenConn() {
         throw Error(kErrDatabase, "orvmysql", "Invalid port '" + s.port + "'");
       }
       mysql_optionsv(db_.get(), MYSQL_SET_CHARSET_NAME, "utf8mb4");
-      ApplyOptionFiles(db_.get());
+      // The library reads its own settings once per connection object (they
+      // cost as much to read as the connect itself); Connector/C reads its
+      // settings on every connect.
+      if (!option_files_) option_files_ = detail::ReadOptionFiles();
+      ApplyOptionFiles(db_.get(), *option_files_);
       // A server on this host answers or refuses at once; only a remote one
       // can leave a connect hanging, so only there is a time limit needed
       // (it makes the client connect without blocking, which costs a little).

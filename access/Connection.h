@@ -3,9 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "access/OptionFiles.h"
 #include "orvmysql/Connection.h"
 #include "orvmysql/Observer.h"
 
@@ -87,6 +89,7 @@ class CConnection final : public IConnection {
   std::string masked_connection_string_;
   int32_t depth_ = 0;
   std::size_t max_packet_ = 0;  // the server's max_allowed_packet, 0 until read
+  std::optional<detail::OptionFileSettings> option_files_;
   std::shared_ptr<const StatementObserver> observer_;
 };
 

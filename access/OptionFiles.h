@@ -6,7 +6,8 @@
 // [orvmysql] of /etc/my.cnf, /etc/mysql/my.cnf, $MARIADB_HOME/my.cnf (else
 // $MYSQL_HOME/my.cnf), ~/.my.cnf and the files these include; or, when
 // ORVMYSQL_OPTION_FILE names a file, that file alone. The read and write time
-// limits it takes only from code, so they are read here, from [orvmysql].
+// limits it takes only from code, so they are read here, from [orvmysql], once
+// per connection object.
 
 #include <string>
 
