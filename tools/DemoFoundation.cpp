@@ -20,7 +20,7 @@ void DemoFoundation(orvmysql::CMYSqlDP& handler, std::ostream& out) {
 
   Heading(out, "Data handler");
   out << "Type: " << handler.Type() << "\n";
-  out << "Connection string: " << connection->ConnectionString() << "\n";
+  out << "Connection string: " << MaskedConnectionString(*connection) << "\n";
 
   Heading(out, "Sessions");
   handler.StartSession();
