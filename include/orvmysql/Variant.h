@@ -52,8 +52,11 @@ enum class DateUnit { Second, Minute, Hour, Day, Week, Month, Year };
 // otherwise fall back to the month's last day (Jan 31 + 1 month = Feb 28/29).
 ORVMYSQL_EXPORT Date DateAdd(DateUnit unit, double n, Date d);
 
-// Makes Date::Now return the given function's result (a null function restores
-// the real clock). For tests that need a fixed day.
+// The clock seam, a documented part of the API: makes Date::Now, and with it
+// every relative date condition ("today", "last 7 days"), read the given
+// function instead of the local clock; null restores the local clock. For
+// tests, the host's as well as the library's, that need a fixed day.
+// Process-wide, and safe to call at any time.
 ORVMYSQL_EXPORT void SetClockForTesting(Date (*now)());
 
 struct NullValue {
