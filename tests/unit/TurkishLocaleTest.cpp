@@ -9,10 +9,12 @@
 #include <clocale>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "access/RSList.h"
 #include "orvmysql/orvmysql.h"
+#include "support/ScopedEnv.h"
 
 using namespace orvmysql;
 
@@ -47,19 +49,13 @@ class TurkishLocale : public ::testing::Test {
       skip_reason_ = "localedef could not compile tr_TR.UTF-8";
       return;
     }
-    const char* previous = std::getenv("LOCPATH");
-    previous_locpath_ = previous != nullptr ? previous : "";
-    setenv("LOCPATH", locale_dir_.c_str(), 1);
+    locpath_.emplace("LOCPATH", locale_dir_.c_str());
     if (!CanSelect()) skip_reason_ = "tr_TR.UTF-8 was compiled but cannot be selected";
   }
 
   static void TearDownTestSuite() {
+    locpath_.reset();
     if (locale_dir_.empty()) return;
-    if (previous_locpath_.empty()) {
-      unsetenv("LOCPATH");
-    } else {
-      setenv("LOCPATH", previous_locpath_.c_str(), 1);
-    }
     std::error_code ec;
     fs::remove_all(locale_dir_, ec);
   }
@@ -87,7 +83,7 @@ class TurkishLocale : public ::testing::Test {
 
   static inline std::string skip_reason_;
   static inline std::string locale_dir_;
-  static inline std::string previous_locpath_;
+  static inline std::optional<orvtest::ScopedEnv> locpath_;
   std::string previous_;
 };
 
