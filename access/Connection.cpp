@@ -46,6 +46,19 @@ bool IsThisHost(const std::string& server) {
   return gethostname(name, sizeof name - 1) == 0 && server == name;
 }
 
+// Connector/C reads the option files itself when it connects; the time limits
+// it takes only from code were read by the library and are set here.
+void ApplyOptionFiles(MYSQL* db, const detail::OptionFileSettings& settings) {
+  if (!settings.file.empty()) mysql_optionsv(db, MYSQL_READ_DEFAULT_FILE, settings.file.c_str());
+  mysql_optionsv(db, MYSQL_READ_DEFAULT_GROUP, detail::kOptionGroup);
+  if (settings.read_timeout != 0) {
+    mysql_optionsv(db, MYSQL_OPT_READ_TIMEOUT, &settings.read_timeout);
+  }
+  if (settings.write_timeout != 0) {
+    mysql_optionsv(db, MYSQL_OPT_WRITE_TIMEOUT, &settings.write_timeout);
+  }
+}
+
 Error DatabaseError(st_mysql* db) {
   Error error(kErrDatabase, "orvmysql", mysql_error(db));
   error.SetNative(mysql_errno(db), mysql_sqlstate(db));
@@ -140,19 +153,6 @@ std::shared_ptr<const Recordset> ReadResult(MYSQL_RES* result) {
 struct ResultCloser {
   void operator()(MYSQL_RES* result) const noexcept { mysql_free_result(result); }
 };
-
-// Connector/C reads the option files itself when it connects; the time limits
-// it takes only from code were read by the library and are set here.
-void ApplyOptionFiles(MYSQL* db, const detail::OptionFileSettings& settings) {
-  if (!settings.file.empty()) mysql_optionsv(db, MYSQL_READ_DEFAULT_FILE, settings.file.c_str());
-  mysql_optionsv(db, MYSQL_READ_DEFAULT_GROUP, detail::kOptionGroup);
-  if (settings.read_timeout != 0) {
-    mysql_optionsv(db, MYSQL_OPT_READ_TIMEOUT, &settings.read_timeout);
-  }
-  if (settings.write_timeout != 0) {
-    mysql_optionsv(db, MYSQL_OPT_WRITE_TIMEOUT, &settings.write_timeout);
-  }
-}
 
 }  // namespace
 

@@ -97,19 +97,19 @@ std::unique_ptr<DevServer> DevServer::Acquire(std::function<void(const std::stri
     if (log) log("using the server named by ORVMYSQL_SERVER: " + external);
     return server;
   }
-  server->Start({}, log);
+  server->StartPrivate(log);
   return server;
 }
 
-std::unique_ptr<DevServer> DevServer::StartPrivate(const std::vector<std::string>& server_options,
-                                                   std::function<void(const std::string&)> log) {
+std::unique_ptr<DevServer> DevServer::AcquirePrivate(std::vector<std::string> server_options,
+                                                     std::function<void(const std::string&)> log) {
   std::unique_ptr<DevServer> server(new DevServer());
-  server->Start(server_options, log);
+  server->server_options_ = std::move(server_options);
+  server->StartPrivate(log);
   return server;
 }
 
-void DevServer::Start(const std::vector<std::string>& server_options,
-                      const std::function<void(const std::string&)>& log) {
+void DevServer::StartPrivate(const std::function<void(const std::string&)>& log) {
   const std::string mariadbd = Env("ORVMYSQL_MARIADBD", "/usr/sbin/mariadbd");
   const fs::path sql_dir = Env("ORVMYSQL_MARIADB_SHARE", "/usr/share/mysql");
   if (!fs::exists(mariadbd)) {
@@ -165,7 +165,7 @@ void DevServer::Start(const std::vector<std::string>& server_options,
            "--pid-file=" + (root / "mysqld.pid").string()}) {
     args.push_back(a);
   }
-  args.insert(args.end(), server_options.begin(), server_options.end());
+  args.insert(args.end(), server_options_.begin(), server_options_.end());
   pid_ = Spawn(args, {}, root / "console.log");
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   while (!CanConnect(address_)) {

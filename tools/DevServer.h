@@ -26,10 +26,10 @@ class DevServer {
   // Starts a private server unless ORVMYSQL_SERVER is set. The log function,
   // when given, receives one line per step.
   static std::unique_ptr<DevServer> Acquire(std::function<void(const std::string&)> log = {});
-  // Always starts a private server, with the extra server options given (for
-  // example "--ssl-cert=..."), whatever the environment names.
-  static std::unique_ptr<DevServer> StartPrivate(const std::vector<std::string>& server_options,
-                                                 std::function<void(const std::string&)> log = {});
+  // Always starts a private server, with extra mariadbd options (for example
+  // "--sql-mode=NO_BACKSLASH_ESCAPES" or "--performance-schema=ON").
+  static std::unique_ptr<DevServer> AcquirePrivate(
+      std::vector<std::string> server_options, std::function<void(const std::string&)> log = {});
   ~DevServer();  // stops a private server and removes its data directory
 
   const ServerAddress& Address() const { return address_; }
@@ -37,11 +37,11 @@ class DevServer {
 
  private:
   DevServer() = default;
-  void Start(const std::vector<std::string>& server_options,
-             const std::function<void(const std::string&)>& log);
+  void StartPrivate(const std::function<void(const std::string&)>& log);
   void Stop() noexcept;
 
   ServerAddress address_;
+  std::vector<std::string> server_options_;
   std::string root_dir_;
   int pid_ = 0;
 };

@@ -41,9 +41,9 @@ class TlsLive : public ::testing::Test {
     if (mkdtemp(pattern) == nullptr) throw std::runtime_error("cannot create a directory");
     dir_ = pattern;
     MakeCertificates();
-    server_ = devkit::DevServer::StartPrivate({"--ssl-ca=" + File("ca.pem"),
-                                               "--ssl-cert=" + File("server.pem"),
-                                               "--ssl-key=" + File("server-key.pem")});
+    server_ = devkit::DevServer::AcquirePrivate({"--ssl-ca=" + File("ca.pem"),
+                                                 "--ssl-cert=" + File("server.pem"),
+                                                 "--ssl-key=" + File("server-key.pem")});
     const std::string host = "'@'%'";
     devkit::AdminExecute(Address(), "CREATE USER 'tls_user" + host + " IDENTIFIED BY '" +
                                         GetQuotedString(kTlsPassword, false) + "' REQUIRE SSL");
