@@ -28,9 +28,9 @@ inline constexpr std::string_view kMaskedPassword = "********";
 
 // Reads the connector's values.
 ConnectionSettings ReadConnector(const IDPConnector& connector);
-// "Driver=MySQL ODBC 5.1
-// Driver;DATABASE=...;SERVER=...;UID=...;PASSWORD=...;PORT=...;OPTION=18475;" with the given
-// password text (values are not quoted).
+// The connection string with the given password text: "Driver=MySQL ODBC 5.1
+// Driver;DATABASE=" + database + ";SERVER=" + server + ";UID=" + user +
+// ";PASSWORD=" + password + ";PORT=" + port + ";OPTION=18475;", values unquoted.
 std::string BuildConnectionString(const ConnectionSettings& settings, std::string_view password);
 // The connection string of the connector, password included.
 std::string BuildConnectionString(const IDPConnector& connector);

@@ -56,13 +56,6 @@ TEST(PublicApi, QueryCollectionsBuiltByTheProgram) {
   } catch (const Error& e) {
     EXPECT_EQ(e.Number(), kErrSubscript);
   }
-
-  auto query = std::make_shared<CQuery>();
-  query->OrderBy()->Add(std::make_shared<COrderExpression>("Priority"));
-  CQuery copy;
-  copy.FromXML(query->ToXML());
-  ASSERT_EQ(copy.OrderBy()->Count(), 1);
-  EXPECT_EQ(copy.OrderBy()->Item(1)->AttributeName(), "Priority");
 }
 
 }  // namespace
