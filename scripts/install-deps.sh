@@ -16,7 +16,7 @@ packages=(
   libpugixml-dev uuid-dev
   libxslt1-dev locales
   libgtest-dev libgmock-dev libbenchmark-dev
-  openssl locales
+  openssl
 )
 case "${1:-}" in
   fuzz) packages+=(clang libclang-rt-14-dev) ;;
