@@ -1,7 +1,12 @@
 #include "access/NumberText.h"
 
+#include <langinfo.h>
+
 #include <charconv>
 #include <cmath>
+#include <string>
+
+#include "orvmysql/Variant.h"
 
 namespace orvmysql {
 
@@ -53,6 +58,20 @@ bool IsDecimalNumber(std::string_view text, bool whole_only) {
     if (digits() == 0) return false;
   }
   return i == text.size();
+}
+
+double LocaleNumber(std::string_view text) {
+  // The separator of the locale the calling thread uses (the program's unless
+  // the thread chose its own with uselocale).
+  const std::string_view separator = nl_langinfo(RADIXCHAR);
+  std::string number(text);
+  if (!separator.empty() && separator != ".") {
+    for (auto at = number.find(separator); at != std::string::npos;
+         at = number.find(separator, at + 1)) {
+      number.replace(at, separator.size(), ".");
+    }
+  }
+  return Variant(std::move(number)).ToDouble();
 }
 
 }  // namespace orvmysql

@@ -63,4 +63,19 @@ std::string Boolean(const Variant& v) {
   return ConvertBooleanIntoSQLFormat(v.ToBoolean());
 }
 
+ValueColumns ValueByType(const Variant& value, const Variant& data_type) {
+  const int32_t type = data_type.ToLong();
+  if (value.IsNull()) return {"NULL", "NULL"};
+  std::string text = value.ToText();
+  const auto first = text.find_first_not_of(' ');
+  if (first == std::string::npos) return {"NULL", "NULL"};
+  text = text.substr(first, text.find_last_not_of(' ') - first + 1);
+  if (type == 1 || type == 6 || type == 7 || type == 8) return {Text(text, false), "NULL"};
+  // A text is read as a person typed it; numbers, booleans and dates keep
+  // their own value.
+  const double number = value.IsText() ? LocaleNumber(text) : value.ToDouble();
+  if (!std::isfinite(number)) ThrowRuntimeError(kErrOverflow);
+  return {"NULL", DoubleText(number)};
+}
+
 }  // namespace orvmysql::sql

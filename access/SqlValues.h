@@ -39,4 +39,17 @@ std::string Time(const Variant& v);
 // "1" or "0".
 std::string Boolean(const Variant& v);
 
+// The two literals that one value of instance data writes: its text column
+// and its numeric column.
+struct ValueColumns {
+  std::string text, number;
+};
+// The value rule of instance data. The value is trimmed of blanks; blanks
+// only (or Null) give NULL in both columns. For the text-like data types (1,
+// 6, 7 and 8) the text column gets the quoted text (not cut) and the numeric
+// column NULL; for every other data type the text column gets NULL and the
+// numeric column the number, read by LocaleNumber and written with a point
+// (DoubleText). A value that is not a number raises 13.
+ValueColumns ValueByType(const Variant& value, const Variant& data_type);
+
 }  // namespace orvmysql::sql

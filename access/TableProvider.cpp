@@ -9,8 +9,8 @@ namespace orvmysql::dp {
 
 std::vector<std::string> FormatFields(const FieldArray& fields, std::span<const As> layout) {
   sql::RequireSize(fields, layout.size());
-  std::vector<std::string> values;
-  values.reserve(layout.size());
+  std::vector<std::string> values, numbers;
+  values.reserve(layout.size() + 1);
   for (std::size_t i = 0; i < layout.size(); ++i) {
     const Variant& v = fields[i];
     switch (layout[i]) {
@@ -41,8 +41,15 @@ std::vector<std::string> FormatFields(const FieldArray& fields, std::span<const 
       case As::Unused:
         values.emplace_back();
         break;
+      case As::ValueByType: {
+        auto columns = sql::ValueByType(v, sql::At(fields, i + 1));
+        values.push_back(std::move(columns.text));
+        numbers.push_back(std::move(columns.number));
+        break;
+      }
     }
   }
+  values.insert(values.end(), numbers.begin(), numbers.end());
   return values;
 }
 
@@ -188,8 +195,10 @@ int32_t TableProvider::UpdateRow(const dp::KeyedTable& t, const dp::Key& key,
 void TableProvider::DeleteRows(const dp::KeyedTable& t, const dp::Key& key, int32_t owner_id) {
   detail::Guard({t.locations.remove, t.connection_on_91}, [&] {
     const bool whole_owner = owner_id >= 1 && !t.delete_all.empty();
-    const std::string statement = whole_owner ? std::string(t.delete_all) + std::to_string(owner_id)
-                                              : std::string(t.delete_one) + key.Literal();
+    const std::string statement =
+        whole_owner
+            ? std::string(t.delete_all) + std::to_string(owner_id) + std::string(t.delete_all_tail)
+            : std::string(t.delete_one) + key.Literal();
     return t.delete_in_session ? InSession([&] { return NonQuery(statement); })
                                : NonQuery(statement);
   });
@@ -203,16 +212,23 @@ std::shared_ptr<IListIterator> TableProvider::RowsByKey(const dp::KeyedTable& t,
 
 std::shared_ptr<IListIterator> TableProvider::RowsByOwner(const dp::KeyedTable& t,
                                                           int32_t owner_id) {
-  return detail::Guard({t.locations.by_owner, t.connection_on_91},
-                       [&] { return RowsWhere(t.select, t.by_owner, owner_id, t.owner_order); });
+  return detail::Guard({t.locations.by_owner, t.connection_on_91}, [&] {
+    return RowsWhere(t.owner_select.empty() ? t.select : t.owner_select, t.by_owner, owner_id,
+                     t.owner_order);
+  });
 }
 
 std::shared_ptr<IListIterator> TableProvider::RowsLoad(const dp::KeyedTable& t,
                                                        const std::string& tail) {
   return detail::Guard({t.locations.load, t.connection_on_91}, [&] {
-    if (t.filter == nullptr) return RowsWithTail(t.select, tail);
-    const std::string filtered = t.filter(tail, filter_attributes_);
-    return t.filter_gives_statement ? Rows(filtered) : RowsWithTail(t.select, filtered);
+    if (t.filter != nullptr) {
+      const std::string filtered = t.filter(tail, filter_attributes_);
+      return t.filter_gives_statement ? Rows(filtered) : RowsWithTail(t.select, filtered);
+    }
+    if (t.load_restriction.empty()) return RowsWithTail(t.select, tail);
+    const std::string restriction(t.load_restriction);
+    return tail.empty() ? Rows(std::string(t.select) + " WHERE " + restriction)
+                        : RowsWithTail(t.select, tail + " AND " + restriction);
   });
 }
 

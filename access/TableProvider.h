@@ -7,6 +7,8 @@
 // a key, select with the caller's tail, keyed insert in a session), and the
 // whole set of operations of a table described by a KeyedTable.
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -35,12 +37,32 @@ enum class As : std::uint8_t {
   DateOnly,        // date literal without the time of day; NULL when Empty or Null
   Boolean,         // 1 or 0
   Unused,          // must be present, is not read
+  // A value of instance data that feeds two columns by the data type at the
+  // next position (sql::ValueByType): the position gives the text column's
+  // literal, and the numeric column's literal follows the layout's last
+  // position (as if the layout were one position longer, once per ValueByType).
+  ValueByType,
 };
 
 // Formats every position of the layout. Raises 9 when the array is shorter
 // than the layout, 13 for a numeric position that holds no number, 94 for Null
 // in a quoted position without a NULL rule. Unused positions give "".
 std::vector<std::string> FormatFields(const FieldArray& fields, std::span<const As> layout);
+
+// The texts joined into one at compile time, for statements that share their
+// pieces: Concat<kHead, kFrom> is a std::string_view of both.
+template <const std::string_view&... Parts>
+struct Concatenation {
+  static constexpr auto kChars = [] {
+    std::array<char, (Parts.size() + ... + 0)> chars{};
+    auto out = chars.begin();
+    ((out = std::copy(Parts.begin(), Parts.end(), out)), ...);
+    return chars;
+  }();
+  static constexpr std::string_view kText{kChars.data(), kChars.size()};
+};
+template <const std::string_view&... Parts>
+inline constexpr std::string_view Concat = Concatenation<Parts...>::kText;
 
 // One "column = value" piece of an UPDATE: the literal text before the value
 // and the position of the value.
@@ -113,6 +135,10 @@ struct KeyedTable {
   std::string_view by_key{};       // " WHERE <key> = "
   std::string_view by_owner{};     // " WHERE <owner> = "
   std::string_view owner_order{};  // after the owner's id: the order of its rows
+  std::string_view owner_select{};  // select list of the owner's rows; empty for select
+  // A condition every Load keeps: the caller's tail is followed by " AND " and
+  // the condition, and an empty tail becomes " WHERE " and the condition.
+  std::string_view load_restriction{};
 
   int32_t entity_type_code = 0;  // of GetNextID
   // The INSERT up to the key; the key, ",", the values and ")" follow.
@@ -128,9 +154,10 @@ struct KeyedTable {
   std::span<const Assignment> update_set{};
   std::string_view update_where{};  // " WHERE <key> = "
 
-  std::string_view delete_one{};   // "DELETE ... WHERE <key> = "
-  std::string_view delete_all{};   // "DELETE ... WHERE <owner> = "; empty when not offered
-  bool delete_in_session = false;  // whether Delete runs between StartSession and EndSession
+  std::string_view delete_one{};       // "DELETE ... WHERE <key> = "
+  std::string_view delete_all{};       // "DELETE ... WHERE <owner> = "; empty when not offered
+  std::string_view delete_all_tail{};  // after the owner's id in delete_all
+  bool delete_in_session = false;      // whether Delete runs between StartSession and EndSession
 
   // Load through an entity filter instead of a trusted tail: the filter gives
   // the tail that follows the select list and a blank or, with
