@@ -7,10 +7,6 @@
 
 namespace orvmysql {
 
-class CAIPropertyDataDP : public DataSourceBase {};
-class CActivityInstanceDataDP : public DataSourceBase {};
 class COrvEngineDP : public DataSourceBase {};
-class CPIReleventDataDP : public DataSourceBase {};
-class CProcInstDataDP : public DataSourceBase {};
 
 }  // namespace orvmysql

@@ -264,7 +264,7 @@ CREATE TABLE IF NOT EXISTS tblActivityInstanceData (
   LookupTypeCode VARCHAR(255) NULL,
   ListAttribute VARCHAR(255) NULL,
   Relevance VARCHAR(255) NULL,
-  KEY ixActivityInstanceDataTask (FKActivityInstanceID, TaskIndex)
+  KEY ixActivityInstanceDataTaskName (FKActivityInstanceID, TaskIndex, ParameterName)
 ) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4 COLLATE=utf8mb4_unicode_ci;
 
 CREATE TABLE IF NOT EXISTS tblAIPropertyData (
@@ -279,7 +279,7 @@ CREATE TABLE IF NOT EXISTS tblAIPropertyData (
   LookupTypeCode VARCHAR(255) NULL,
   ListAttribute VARCHAR(255) NULL,
   Relevance VARCHAR(255) NULL,
-  KEY ixAIPropertyDataInstance (FKActivityInstanceID)
+  KEY ixAIPropertyDataInstanceName (FKActivityInstanceID, PropertyName)
 ) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4 COLLATE=utf8mb4_unicode_ci;
 
 CREATE TABLE IF NOT EXISTS tblPIReleventData (

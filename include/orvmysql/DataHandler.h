@@ -28,8 +28,8 @@ enum DataSourceCode : int32_t {
   kDsTransitions = 5,           // CTransitionsDP, ITransitionsDP
   kDsSwitches = 6,              // CSwitchesDP, ISwitchesDP
   kDsActivities = 7,            // CActivitiesDP, IActivitiesDP
-  kDsAIPropertyData = 8,        // CAIPropertyDataDP
-  kDsActivityInstanceData = 9,  // CActivityInstanceDataDP
+  kDsAIPropertyData = 8,        // CAIPropertyDataDP, ITaskPropertyDP
+  kDsActivityInstanceData = 9,  // CActivityInstanceDataDP, ITaskParamsDP
   kDsWorkitems = 10,            // CWorkitemsDP, IWorkitemsDP
   kDsProcInstance = 11,         // CProcInstanceDP, IProcInstanceDP
   kDsEngine = 13,               // COrvEngineDP
@@ -41,7 +41,7 @@ enum DataSourceCode : int32_t {
   kDsAttachment = 19,           // CAttachmentDP
   kDsActivityParamBag = 20,     // CActivityParamBagDP, IParameterValueDP
   kDsPIReleventData = 21,       // CPIReleventDataDP, IParameterValueDP
-  kDsProcInstData = 22,         // CProcInstDataDP
+  kDsProcInstData = 22,         // CProcInstDataDP, IProcInstanceParamsDP
   kDsActivityPropertyBag = 23,  // CActivityPropertyBagDP, IPropertyValueDP
   kDsProcessParams = 24,        // CProcessParamsDP, IProcessParamsDP
 };

@@ -8,6 +8,7 @@
 #include "orvmysql/DataHandler.h"
 #include "orvmysql/Definitions.h"
 #include "orvmysql/Error.h"
+#include "orvmysql/InstanceData.h"
 #include "orvmysql/Keys.h"
 #include "orvmysql/Language.h"
 #include "orvmysql/List.h"
