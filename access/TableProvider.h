@@ -131,10 +131,10 @@ struct KeyedTable {
   // Whether error 91 gets " (Connection)" appended in every operation.
   bool connection_on_91 = false;
 
-  std::string_view select{};       // select list, ending in a blank
-  std::string_view by_key{};       // " WHERE <key> = "
-  std::string_view by_owner{};     // " WHERE <owner> = "
-  std::string_view owner_order{};  // after the owner's id: the order of its rows
+  std::string_view select{};        // select list, ending in a blank
+  std::string_view by_key{};        // " WHERE <key> = "
+  std::string_view by_owner{};      // " WHERE <owner> = "
+  std::string_view owner_order{};   // after the owner's id: the order of its rows
   std::string_view owner_select{};  // select list of the owner's rows; empty for select
   // A condition every Load keeps: the caller's tail is followed by " AND " and
   // the condition, and an empty tail becomes " WHERE " and the condition.

@@ -123,25 +123,27 @@ void BM_ProcessValues_LoadProcessInstanceParams(benchmark::State& state) {
 // and Note, which only the other instances hold a value for, goes with them
 // (2 of the 3 rows).
 void BM_ProcessValues_JoinByNameOnly(benchmark::State& state) {
-  RunRead(state, "JoinByNameOnly", 2, [](orvmysql::CMYSqlDP& handler,
-                                         orvmysql::IProcInstanceParamsDP&) {
-    return handler.Connection()->Execute(
-        "SELECT tblProcessParams.ParameterID,tblProcessParams.FKProcDefID,tblProcessParams."
-        "ParameterName,tblProcessParams.DisplayName,tblProcessParams.DataType,tblProcessParams."
-        "DefaultValue,tblProcessParams.`Attributes` AS TemplateAttributes,tblProcessParams."
-        "ParameterType,tblProcessParams.`Min`,tblProcessParams.`Max`,tblProcessParams."
-        "CreatorType,tblProcessParams.ExtendedAttributes,tblProcessParams.Relevance,"
-        "tblProcessParams.LookupTypeCode,tblProcessParams.ListAttribute,tblProcessInstance."
-        "ProcInstanceID AS ProcInstanceID,tblProcInstanceData.ProcInstanceDataID AS "
-        "ProcInstanceDataID, tblProcInstanceData.TextValue AS TextValue, tblProcInstanceData."
-        "NumericValue AS NumericValue, tblProcInstanceData.`Attributes` AS `Attributes` FROM "
-        "(tblProcessParams LEFT JOIN tblProcessInstance ON tblProcessParams.FKProcDefID="
-        "tblProcessInstance.FKProcDefID) LEFT JOIN tblProcInstanceData ON (tblProcInstanceData."
-        "ParameterName=tblProcessParams.ParameterName)  WHERE (tblProcessInstance.ProcInstanceID="
-        "tblProcInstanceData.FKProcInstanceID OR tblProcInstanceData.FKProcInstanceID IS NULL) "
-        "AND tblProcessInstance.ProcInstanceID = " +
-        std::to_string(kInstance));
-  });
+  RunRead(
+      state, "JoinByNameOnly", 2,
+      [](orvmysql::CMYSqlDP& handler, orvmysql::IProcInstanceParamsDP&) {
+        return handler.Connection()->Execute(
+            "SELECT tblProcessParams.ParameterID,tblProcessParams.FKProcDefID,tblProcessParams."
+            "ParameterName,tblProcessParams.DisplayName,tblProcessParams.DataType,tblProcessParams."
+            "DefaultValue,tblProcessParams.`Attributes` AS TemplateAttributes,tblProcessParams."
+            "ParameterType,tblProcessParams.`Min`,tblProcessParams.`Max`,tblProcessParams."
+            "CreatorType,tblProcessParams.ExtendedAttributes,tblProcessParams.Relevance,"
+            "tblProcessParams.LookupTypeCode,tblProcessParams.ListAttribute,tblProcessInstance."
+            "ProcInstanceID AS ProcInstanceID,tblProcInstanceData.ProcInstanceDataID AS "
+            "ProcInstanceDataID, tblProcInstanceData.TextValue AS TextValue, tblProcInstanceData."
+            "NumericValue AS NumericValue, tblProcInstanceData.`Attributes` AS `Attributes` FROM "
+            "(tblProcessParams LEFT JOIN tblProcessInstance ON tblProcessParams.FKProcDefID="
+            "tblProcessInstance.FKProcDefID) LEFT JOIN tblProcInstanceData ON (tblProcInstanceData."
+            "ParameterName=tblProcessParams.ParameterName)  WHERE "
+            "(tblProcessInstance.ProcInstanceID="
+            "tblProcInstanceData.FKProcInstanceID OR tblProcInstanceData.FKProcInstanceID IS NULL) "
+            "AND tblProcessInstance.ProcInstanceID = " +
+            std::to_string(kInstance));
+      });
 }
 // Every read at 1,000 instances first, then at 100,000: the table only grows.
 BENCHMARK(BM_ProcessValues_GetParameterForProcess)->Arg(1000)->Unit(benchmark::kMillisecond);

@@ -3,8 +3,8 @@
 namespace orvmysql {
 
 std::shared_ptr<IListIterator> BagValuesDP::DeclarationsWithValues(
-    std::string_view location, const TemplateJoin& join, int32_t activity_id, int32_t activity_instance_id,
-    const std::string& value_condition) {
+    std::string_view location, const TemplateJoin& join, int32_t activity_id,
+    int32_t activity_instance_id, const std::string& value_condition) {
   return detail::Guard({location}, [&] {
     std::string sql(join.head);
     if (activity_instance_id == -1) {

@@ -13,7 +13,7 @@ namespace orvmysql {
 // declarations in a bag of the instance's activity, each beside the value the
 // instance holds for it.
 class BagValuesDP : public TableProvider {
- protected:
+ public:
   // The pieces of one bag's template join.
   struct TemplateJoin {
     std::string_view head;       // "SELECT " and the declaration's columns
@@ -28,6 +28,7 @@ class BagValuesDP : public TableProvider {
     std::string_view and_activity;
   };
 
+ protected:
   // Under the location text: one row per declaration of the bag. With activity_instance_id -1 the
   // declarations of activity_id with NULL value columns; otherwise those of
   // the instance's activity (and of activity_id unless it is -1) with the

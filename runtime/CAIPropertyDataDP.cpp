@@ -25,9 +25,15 @@ constexpr As kLayout[] = {
 constexpr std::size_t kInsertOrder[] = {0, 1, 2, 3, 4, 5, 6, 8, 9, 10};
 
 constexpr dp::Assignment kSet[] = {
-    {" FKActivityInstanceID = ", 0}, {" ,PropertyName = ", 1},   {" ,`Value` = ", 2},
-    {" ,DataType = ", 3},            {" ,`Attributes` = ", 4},   {" ,`Min` = ", 5},
-    {" ,`Max` = ", 6},               {" ,LookupTypeCode = ", 8}, {" ,ListAttribute = ", 9},
+    {" FKActivityInstanceID = ", 0},
+    {" ,PropertyName = ", 1},
+    {" ,`Value` = ", 2},
+    {" ,DataType = ", 3},
+    {" ,`Attributes` = ", 4},
+    {" ,`Min` = ", 5},
+    {" ,`Max` = ", 6},
+    {" ,LookupTypeCode = ", 8},
+    {" ,ListAttribute = ", 9},
     {" ,Relevance = ", 10},
 };
 
@@ -72,8 +78,8 @@ constexpr dp::KeyedTable kTable{
                   .remove = "CAIPropertyDataDP:ITaskPropertyDP_Delete Function (",
                   .by_key = "CAIPropertyDataDP:ITaskPropertyDP_GetPropertyByID Function (",
                   .load = "CAIPropertyDataDP:ITaskPropertyDP_Load Function ("},
-    .select = dp::Concat<kHead, kValues, kBagOfInstance, kInnerValues, kValueOfInstance,
-                         kCloseInner>,
+    .select =
+        dp::Concat<kHead, kValues, kBagOfInstance, kInnerValues, kValueOfInstance, kCloseInner>,
     .by_key = " WHERE tblAIPropertyData.AIPropertyID = ",
     .entity_type_code = -8,
     .insert_head =
@@ -111,10 +117,9 @@ bool CAIPropertyDataDP::Delete(int32_t property_id, int32_t activity_instance_id
 
 bool CAIPropertyDataDP::PropertyExist(const std::string& name, int32_t activity_instance_id) {
   return detail::Guard({"CAIPropertyDataDP:ITaskPropertyDP_PropertyExist Function ("}, [&] {
-    return RowExists("tblAIPropertyData", "FKActivityInstanceID = " +
-                                              std::to_string(activity_instance_id) +
-                                              " AND PropertyName LIKE '" +
-                                              dp::LiteralPattern(name) + "'");
+    return RowExists("tblAIPropertyData",
+                     "FKActivityInstanceID = " + std::to_string(activity_instance_id) +
+                         " AND PropertyName LIKE '" + dp::LiteralPattern(name) + "'");
   });
 }
 

@@ -12,12 +12,18 @@ constexpr std::size_t kNumericValue = 12;
 constexpr std::size_t kInsertOrder[] = {0, 1, 2, 3, 4, 5, 6, 7, kNumericValue, 11, 8, 9, 10};
 
 constexpr dp::Assignment kSet[] = {
-    {" FKActivityInstanceID = ", 0},      {" ,ParameterName = ", 1},
-    {" ,TextValue = ", 2},                {" ,DataType = ", 3},
-    {" ,`Attributes` = ", 4},             {" ,`Min` = ", 5},
-    {" ,`Max` = ", 6},                    {" ,ParameterType = ", 7},
-    {" ,NumericValue = ", kNumericValue}, {" ,TaskIndex = ", 11},
-    {" ,LookupTypeCode = ", 8},           {" ,ListAttribute = ", 9},
+    {" FKActivityInstanceID = ", 0},
+    {" ,ParameterName = ", 1},
+    {" ,TextValue = ", 2},
+    {" ,DataType = ", 3},
+    {" ,`Attributes` = ", 4},
+    {" ,`Min` = ", 5},
+    {" ,`Max` = ", 6},
+    {" ,ParameterType = ", 7},
+    {" ,NumericValue = ", kNumericValue},
+    {" ,TaskIndex = ", 11},
+    {" ,LookupTypeCode = ", 8},
+    {" ,ListAttribute = ", 9},
     {" ,Relevance = ", 10},
 };
 
@@ -64,8 +70,8 @@ constexpr dp::KeyedTable kTable{
                   .remove = "CActivityInstanceDataDP:ITaskParamsDP_Delete Function (",
                   .by_key = "CActivityInstanceDataDP:ITaskParamsDP_GetParameterByID Function (",
                   .load = "CActivityInstanceDataDP:ITaskParamsDP_Load Function ("},
-    .select = dp::Concat<kHead, kValues, kBagOfInstance, kInnerValues, kValueOfInstance,
-                         kCloseInner>,
+    .select =
+        dp::Concat<kHead, kValues, kBagOfInstance, kInnerValues, kValueOfInstance, kCloseInner>,
     .by_key = " WHERE tblActivityInstanceData.AIParameterID = ",
     .entity_type_code = -9,
     .insert_head =
@@ -106,8 +112,8 @@ bool CActivityInstanceDataDP::Delete(int32_t parameter_id, int32_t activity_inst
   return true;
 }
 
-bool CActivityInstanceDataDP::ParameterExist(const std::string& name,
-                                             int32_t activity_instance_id, int32_t task_index) {
+bool CActivityInstanceDataDP::ParameterExist(const std::string& name, int32_t activity_instance_id,
+                                             int32_t task_index) {
   return detail::Guard({"CActivityInstanceDataDP:ITaskParamsDP_ParameterExist Function ("}, [&] {
     return RowExists("tblActivityInstanceData",
                      "FKActivityInstanceID = " + std::to_string(activity_instance_id) +
@@ -122,16 +128,18 @@ std::shared_ptr<IListIterator> CActivityInstanceDataDP::GetParameterByID(int32_t
 
 std::shared_ptr<IListIterator> CActivityInstanceDataDP::GetParameterForTask(
     int32_t activity_instance_id, int32_t task_index) {
-  return DeclarationsWithValues("CActivityInstanceDataDP:ITaskParamsDP_GetParameterForTask Function (",
-                                kJoin, -1, activity_instance_id, OfTask(task_index));
+  return DeclarationsWithValues(
+      "CActivityInstanceDataDP:ITaskParamsDP_GetParameterForTask Function (", kJoin, -1,
+      activity_instance_id, OfTask(task_index));
 }
 
 std::shared_ptr<IListIterator> CActivityInstanceDataDP::Load(const std::string& condition) {
   return RowsLoad(kTable, condition);
 }
 
-std::shared_ptr<IListIterator> CActivityInstanceDataDP::LoadTaskParams(
-    int32_t activity_id, int32_t activity_instance_id, int32_t task_index) {
+std::shared_ptr<IListIterator> CActivityInstanceDataDP::LoadTaskParams(int32_t activity_id,
+                                                                       int32_t activity_instance_id,
+                                                                       int32_t task_index) {
   return DeclarationsWithValues("CActivityInstanceDataDP:ITaskParamsDP_LoadTaskParams Function (",
                                 kJoin, activity_id, activity_instance_id, OfTask(task_index));
 }

@@ -24,16 +24,24 @@ constexpr As kLayout[] = {
 };
 constexpr std::size_t kNumericValue = 14;
 
-constexpr std::size_t kInsertOrder[] = {12, 1, 2, 3, 4, 5, 6, 7, kNumericValue, 0, 13, 8, 9, 10, 11};
+constexpr std::size_t kInsertOrder[] = {12, 1,  2, 3, 4,  5, 6, 7, kNumericValue,
+                                        0,  13, 8, 9, 10, 11};
 
 constexpr dp::Assignment kSet[] = {
-    {" FKProcInstanceID = ", 12}, {" ,ParameterName = ", 1},
-    {" ,TextValue = ", 2},        {" ,DataType = ", 3},
-    {" ,`Attributes` = ", 4},     {" ,`Min` = ", 5},
-    {" ,`Max` = ", 6},            {" ,ParameterType = ", 7},
-    {" ,NumericValue = ", kNumericValue}, {" ,EntityID = ", 0},
-    {" ,EntityType = ", 13},      {" ,TaskIndex = ", 8},
-    {" ,ResourceID = ", 9},       {" ,ResourceType = ", 10},
+    {" FKProcInstanceID = ", 12},
+    {" ,ParameterName = ", 1},
+    {" ,TextValue = ", 2},
+    {" ,DataType = ", 3},
+    {" ,`Attributes` = ", 4},
+    {" ,`Min` = ", 5},
+    {" ,`Max` = ", 6},
+    {" ,ParameterType = ", 7},
+    {" ,NumericValue = ", kNumericValue},
+    {" ,EntityID = ", 0},
+    {" ,EntityType = ", 13},
+    {" ,TaskIndex = ", 8},
+    {" ,ResourceID = ", 9},
+    {" ,ResourceType = ", 10},
     {" ,ResourceName = ", 11},
 };
 

@@ -15,12 +15,10 @@ constexpr std::size_t kNumericValue = 11;
 constexpr std::size_t kInsertOrder[] = {0, 1, 2, 3, 4, 5, 6, 7, kNumericValue, 8, 9, 10};
 
 constexpr dp::Assignment kSet[] = {
-    {" FKProcInstanceID = ", 0}, {" ,ParameterName = ", 1},
-    {" ,TextValue = ", 2},       {" ,DataType = ", 3},
-    {" ,`Attributes` = ", 4},    {" ,`Min` = ", 5},
-    {" ,`Max` = ", 6},           {" ,ParameterType = ", 7},
-    {" ,NumericValue = ", kNumericValue}, {" ,LookupTypeCode = ", 8},
-    {" ,ListAttribute = ", 9},   {" ,Relevance = ", 10},
+    {" FKProcInstanceID = ", 0}, {" ,ParameterName = ", 1}, {" ,TextValue = ", 2},
+    {" ,DataType = ", 3},        {" ,`Attributes` = ", 4},  {" ,`Min` = ", 5},
+    {" ,`Max` = ", 6},           {" ,ParameterType = ", 7}, {" ,NumericValue = ", kNumericValue},
+    {" ,LookupTypeCode = ", 8},  {" ,ListAttribute = ", 9}, {" ,Relevance = ", 10},
 };
 
 // The declarations of the instance's definition...
@@ -118,10 +116,9 @@ bool CProcInstDataDP::Delete(int32_t data_id, int32_t process_instance_id) {
 
 bool CProcInstDataDP::ParameterExist(const std::string& name, int32_t process_instance_id) {
   return detail::Guard({"CProcInstDataDP:ParameterExist Function ("}, [&] {
-    return RowExists("tblProcInstanceData", "FKProcInstanceID = " +
-                                                std::to_string(process_instance_id) +
-                                                " AND ParameterName LIKE '" +
-                                                dp::LiteralPattern(name) + "'");
+    return RowExists("tblProcInstanceData",
+                     "FKProcInstanceID = " + std::to_string(process_instance_id) +
+                         " AND ParameterName LIKE '" + dp::LiteralPattern(name) + "'");
   });
 }
 

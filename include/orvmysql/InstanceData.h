@@ -117,8 +117,8 @@ class ORVMYSQL_EXPORT IProcInstanceParamsDP : public virtual IObject {
   // beside the declarations of its definition, further restricted to
   // definition_id unless that is -1. A value row of the instance without a
   // name (NULL ParameterName) is joined to every declaration.
-  virtual std::shared_ptr<IListIterator> LoadProcessInstanceParams(
-      int32_t definition_id, int32_t process_instance_id) = 0;
+  virtual std::shared_ptr<IListIterator> LoadProcessInstanceParams(int32_t definition_id,
+                                                                   int32_t process_instance_id) = 0;
 };
 
 // Parameter values of tasks, tblActivityInstanceData (data-source code 9,
@@ -228,16 +228,15 @@ class ORVMYSQL_EXPORT ITaskPropertyDP : public virtual IObject {
   virtual std::shared_ptr<IListIterator> GetPropertyByID(int32_t property_id) = 0;
   // One row per declaration of the instance's activity, with the instance's
   // value or NULLs.
-  virtual std::shared_ptr<IListIterator> GetPropertiesForInstance(
-      int32_t activity_instance_id) = 0;
+  virtual std::shared_ptr<IListIterator> GetPropertiesForInstance(int32_t activity_instance_id) = 0;
   // Value rows beside their declarations, restricted by the caller's tail.
   virtual std::shared_ptr<IListIterator> Load(const std::string& condition) = 0;
   // One row per declaration. With activity_instance_id -1: the bag of
   // activity_id with NULL value columns. Otherwise as
   // GetPropertiesForInstance, further restricted to activity_id unless that
   // is -1.
-  virtual std::shared_ptr<IListIterator> LoadInstanceProperties(
-      int32_t activity_id, int32_t activity_instance_id) = 0;
+  virtual std::shared_ptr<IListIterator> LoadInstanceProperties(int32_t activity_id,
+                                                                int32_t activity_instance_id) = 0;
 };
 
 // Case-relevant data, tblPIReleventData (data-source code 21,

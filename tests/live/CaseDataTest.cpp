@@ -22,8 +22,8 @@ class CaseData : public InstanceDataTest {
   static FieldArray Row(int32_t process_id, int32_t entity_id, int32_t entity_type,
                         const std::string& name, const std::string& value,
                         const std::string& resource = "ann") {
-    return {entity_id, name, value, 1, 0, 0, 0, 1, 0, resource, "", resource, process_id,
-            entity_type};
+    return {entity_id, name, value,    1,  0,        0,          0,
+            1,         0,    resource, "", resource, process_id, entity_type};
   }
 
   int32_t KeyOfRow(const std::string& name) {
@@ -44,9 +44,10 @@ TEST_F(CaseData, OnlyRowsOfActivityInstancesAreReadWithTheirActivitysName) {
   const int32_t step = AddActivityInstance(process, review);
   // An activity instance of another case whose key is the process instance's.
   AddActivityInstance(AddProcessInstance(definition), other_activity, process);
-  const std::string review_name = "Task " + Db().Scalar("SELECT ActivityProcDefID FROM "
-                                                        "tblActivities WHERE ActivityID = " +
-                                                        std::to_string(review));
+  const std::string review_name = "Task " + Db().Scalar(
+                                                "SELECT ActivityProcDefID FROM "
+                                                "tblActivities WHERE ActivityID = " +
+                                                std::to_string(review));
 
   const std::string p = std::to_string(process);
   const Variant added = cases_->Add(Row(process, step, 1, "Approved " + p, "yes"));

@@ -27,15 +27,15 @@ int32_t NextKey() {
 
 int32_t InstanceDataTest::AddProcessInstance(int32_t definition_id) {
   const int32_t id = NextKey();
-  Db().Exec("INSERT INTO tblProcessInstance (ProcInstanceID,ProcInstanceName,FKProcDefID,State) "
-            "VALUES (" +
-            std::to_string(id) + ",'case " + std::to_string(id) + "'," +
-            std::to_string(definition_id) + ",67108864)");
+  Db().Exec(
+      "INSERT INTO tblProcessInstance (ProcInstanceID,ProcInstanceName,FKProcDefID,State) "
+      "VALUES (" +
+      std::to_string(id) + ",'case " + std::to_string(id) + "'," + std::to_string(definition_id) +
+      ",67108864)");
   return id;
 }
 
-int32_t InstanceDataTest::AddActivityInstance(int32_t process_id, int32_t activity_id,
-                                              int32_t id) {
+int32_t InstanceDataTest::AddActivityInstance(int32_t process_id, int32_t activity_id, int32_t id) {
   if (id == 0) id = NextKey();
   Db().Exec(
       "INSERT INTO tblActivityInstance (ActivityInstanceID,FKActivityID,FKProcInstanceID,"
@@ -59,9 +59,8 @@ FieldArray InstanceDataTest::Value(int32_t owner_id, const std::string& name, co
 FieldArray InstanceDataTest::TaskValue(int32_t activity_instance_id, int32_t task_index,
                                        const std::string& name, const Variant& value,
                                        int32_t data_type) {
-  FieldArray fields = Value(activity_instance_id, name, value, data_type);
-  fields.push_back(task_index);
-  return fields;
+  return {
+      activity_instance_id, name, value, data_type, 6, 0.5, 99.75, 1, "", "", "case", task_index};
 }
 
 int32_t InstanceDataTest::KeyOf(const std::string& table, const std::string& key,

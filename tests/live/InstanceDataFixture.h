@@ -45,8 +45,8 @@ class InstanceDataTest : public DefinitionsTest {
   // Rows as sorted lines "name=column|column...", from the named name column
   // and value columns; a name that comes twice shows twice.
   static std::vector<std::string> RowLines(const std::shared_ptr<orvmysql::IListIterator>& rows,
-                                        const std::string& name_column,
-                                        const std::vector<std::string>& value_columns);
+                                           const std::string& name_column,
+                                           const std::vector<std::string>& value_columns);
   // The process values as "ParameterName=TextValue|NumericValue" lines.
   static std::vector<std::string> ValueLines(const std::shared_ptr<orvmysql::IListIterator>& rows);
 

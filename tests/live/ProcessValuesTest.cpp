@@ -64,17 +64,16 @@ TEST_F(ProcessValues, EachInstanceReadsItsOwnValuesBesideEveryDeclaration) {
   // Every row of an instance's read names that instance; a declaration
   // without a value has no value row.
   EXPECT_EQ(RowLines(values_->GetParameterForProcess(a), "ParameterName",
-                  {"ProcInstanceID", "DisplayName", "TemplateAttributes", "Attributes"}),
+                     {"ProcInstanceID", "DisplayName", "TemplateAttributes", "Attributes"}),
             (Lines{"Amount=" + std::to_string(a) + "|Amount shown|2|6",
                    "Note=" + std::to_string(a) + "|Note shown|2|NULL",
                    "Requester=" + std::to_string(a) + "|Requester shown|2|6"}));
   EXPECT_EQ(RowLines(values_->LoadProcessInstanceParams(definition, -1), "ParameterName",
-                  {"ProcInstanceID", "ProcInstanceDataID", "Max"}),
+                     {"ProcInstanceID", "ProcInstanceDataID", "Max"}),
             (Lines{"Amount=NULL|NULL|5000", "Note=NULL|NULL|5000", "Requester=NULL|NULL|5000"}));
 
-  const int32_t amount_of_a =
-      KeyOf("tblProcInstanceData", "ProcInstanceDataID", "FKProcInstanceID", a, "ParameterName",
-            "Amount");
+  const int32_t amount_of_a = KeyOf("tblProcInstanceData", "ProcInstanceDataID", "FKProcInstanceID",
+                                    a, "ParameterName", "Amount");
   ExpectOneRow(values_->GetParameterByID(amount_of_a),
                {{"ProcInstanceID", std::to_string(a)},
                 {"ProcInstanceDataID", std::to_string(amount_of_a)},
@@ -101,7 +100,8 @@ TEST_F(ProcessValues, ValueRuleAsStored) {
       {Value(instance, "BlankText", "  ", kText), "BlankText=NULL|NULL"},
       {Value(instance, "Text", " 12,5 ", kText), "Text=12,5|NULL"},
       {Value(instance, "Quoted", "it's C:\\dir", 6), "Quoted=it's C:\\dir|NULL"},
-      {Value(instance, "Long", std::string(300, 'x'), 7), "Long=" + std::string(300, 'x') + "|NULL"},
+      {Value(instance, "Long", std::string(300, 'x'), 7),
+       "Long=" + std::string(300, 'x') + "|NULL"},
       {Value(instance, "Point", " 12.5 ", kNumber), "Point=NULL|12.5"},
       {Value(instance, "Whole", "42", 3), "Whole=NULL|42"},
       {Value(instance, "Double", 0.125, 4), "Double=NULL|0.125"},
@@ -149,9 +149,8 @@ TEST_F(ProcessValues, UpdateAndDeleteOneRowOrAllOfAnInstance) {
     values_->Add(Value(a, name, "1", kNumber));
     values_->Add(Value(b, name, "2", kNumber));
   }
-  const int32_t note_of_a =
-      KeyOf("tblProcInstanceData", "ProcInstanceDataID", "FKProcInstanceID", a, "ParameterName",
-            "Note");
+  const int32_t note_of_a = KeyOf("tblProcInstanceData", "ProcInstanceDataID", "FKProcInstanceID",
+                                  a, "ParameterName", "Note");
   EXPECT_TRUE(values_->Update(note_of_a, Value(a, "Note", "call first", kText)));
   EXPECT_TRUE(values_->Update(999999, Value(a, "Note", "nobody", kText)));
   EXPECT_EQ(ValueLines(values_->GetParameterForProcess(a)),
@@ -161,9 +160,8 @@ TEST_F(ProcessValues, UpdateAndDeleteOneRowOrAllOfAnInstance) {
   EXPECT_EQ(ValueLines(values_->GetParameterForProcess(a)),
             (Lines{"Amount=NULL|1", "Note=NULL|NULL", "Requester=NULL|1"}));
   // With an instance the data id is ignored: every value of a goes, b keeps its own.
-  const int32_t amount_of_b =
-      KeyOf("tblProcInstanceData", "ProcInstanceDataID", "FKProcInstanceID", b, "ParameterName",
-            "Amount");
+  const int32_t amount_of_b = KeyOf("tblProcInstanceData", "ProcInstanceDataID", "FKProcInstanceID",
+                                    b, "ParameterName", "Amount");
   EXPECT_TRUE(values_->Delete(amount_of_b, a));
   EXPECT_EQ(Db().Count("tblProcInstanceData", "FKProcInstanceID = " + std::to_string(a)), 0);
   EXPECT_EQ(ValueLines(values_->GetParameterForProcess(b)),

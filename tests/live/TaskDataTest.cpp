@@ -107,10 +107,11 @@ TEST_F(TaskData, UpdateAndDeleteTaskValues) {
   // Every value of the activity instance goes, whatever its task index.
   tasks_->Add(TaskValue(first_, 3, "Score", "1", kNumber));
   EXPECT_TRUE(tasks_->Delete(0, first_));
-  EXPECT_EQ(Db().Count("tblActivityInstanceData", "FKActivityInstanceID = " + std::to_string(first_)),
-            0);
-  EXPECT_EQ(Db().Count("tblActivityInstanceData", "FKActivityInstanceID = " + std::to_string(second_)),
-            1);
+  EXPECT_EQ(
+      Db().Count("tblActivityInstanceData", "FKActivityInstanceID = " + std::to_string(first_)), 0);
+  EXPECT_EQ(
+      Db().Count("tblActivityInstanceData", "FKActivityInstanceID = " + std::to_string(second_)),
+      1);
 }
 
 TEST_F(TaskData, PropertyValuesBesideThePropertyBag) {

@@ -57,7 +57,8 @@ const std::string kNoValues =
     ",NULL AS ProcInstanceID,NULL AS ProcInstanceDataID,NULL AS TextValue,NULL AS NumericValue,"
     "NULL AS `Attributes`";
 // The three FROM forms, each with the instance restriction in its data join.
-const std::string kOwn = " AND tblProcessInstance.ProcInstanceID=tblProcInstanceData.FKProcInstanceID";
+const std::string kOwn =
+    " AND tblProcessInstance.ProcInstanceID=tblProcInstanceData.FKProcInstanceID";
 const std::string kInner =
     " FROM (tblProcessParams INNER JOIN tblProcessInstance ON tblProcessParams.FKProcDefID="
     "tblProcessInstance.FKProcDefID) INNER JOIN tblProcInstanceData ON (tblProcInstanceData."
@@ -368,14 +369,16 @@ TEST(InstanceDataStatements, BadInputStopsBeforeAnyStatementOrSession) {
   EXPECT_EQ(ErrorOf([&] { p.cases->Add(FieldArray(13)); }), kErrSubscript);
   EXPECT_EQ(ErrorOf([&] { p.tasks->Add(FieldArray(11)); }), kErrSubscript);
   EXPECT_EQ(ErrorOf([&] { p.properties->Add(FieldArray(10)); }), kErrSubscript);
-  EXPECT_EQ(ErrorOf([&] { p.properties->Add({30, Null, "", 1, 0, 0, 0, 0, "", "", ""}); }),
+  EXPECT_EQ(ErrorOf([&] {
+              p.properties->Add({30, Null, "", 1, 0, 0, 0, 0, "", "", ""});
+            }),
             kErrInvalidUseOfNull);
   EXPECT_TRUE(p.connection->statements.empty());
   EXPECT_EQ(p.connection->starts, 0);
 }
 
 // Text column and numeric column of one value, as "text | number".
-std::string Columns(const Variant& value, int32_t data_type) {
+std::string Columns(const Variant& value, const Variant& data_type) {
   const sql::ValueColumns columns = sql::ValueByType(value, data_type);
   return columns.text + " | " + columns.number;
 }
