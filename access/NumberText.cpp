@@ -64,11 +64,16 @@ double LocaleNumber(std::string_view text) {
   // The separator of the locale the calling thread uses (the program's unless
   // the thread chose its own with uselocale).
   const std::string_view separator = nl_langinfo(RADIXCHAR);
-  std::string number(text);
-  if (!separator.empty() && separator != ".") {
-    for (auto at = number.find(separator); at != std::string::npos;
-         at = number.find(separator, at + 1)) {
-      number.replace(at, separator.size(), ".");
+  const bool translate = !separator.empty() && separator != ".";
+  std::string number;
+  number.reserve(text.size());
+  while (!text.empty()) {
+    if (translate && text.starts_with(separator)) {
+      number += '.';
+      text.remove_prefix(separator.size());
+    } else {
+      number += text.front();
+      text.remove_prefix(1);
     }
   }
   return Variant(std::move(number)).ToDouble();
