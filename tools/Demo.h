@@ -27,6 +27,7 @@ void DemoQueries(orvmysql::CMYSqlDP& handler, std::ostream& out);
 void DemoLanguages(orvmysql::CMYSqlDP& handler, std::ostream& out);
 void DemoMessaging(orvmysql::CMYSqlDP& handler, std::ostream& out);
 void DemoRuntime(orvmysql::CMYSqlDP& handler, std::ostream& out);
+void DemoInstanceData(orvmysql::CMYSqlDP& handler, std::ostream& out);
 
 // Stores the purchase-order definition of the definitions section under the
 // name and returns its key.

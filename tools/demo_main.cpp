@@ -30,6 +30,7 @@ int main() {
     orvdemo::DemoLanguages(*handler, out);
     orvdemo::DemoMessaging(*handler, out);
     orvdemo::DemoRuntime(*handler, out);
+    orvdemo::DemoInstanceData(*handler, out);
 
     devkit::AdminExecute(server->Address(), "DROP DATABASE `" + database + "`");
     out << "\nDropped database " << database << ". Done.\n";
