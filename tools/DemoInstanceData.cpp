@@ -1,13 +1,14 @@
-// Demo section: the data of a running purchase order. The case gets its
-// parameter values (amount and requester), which are read back beside the
-// declarations of its definition; ann's approval task records its parameters
-// and its activity instance its properties, each read beside the activity's
-// bags; and the case-relevant data of the instance is listed with the
-// activity each row belongs to.
+// Demo section: the data of the purchase order that the runtime section left
+// running. The case gets its parameter values (amount and requester), read
+// back beside the declarations of its definition; ann's approval task records
+// its parameters and its activity instance its properties, each read beside
+// the activity's bags; and the case-relevant data of the instance is listed
+// with the activity each row belongs to.
 
 #include <clocale>
 #include <map>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -23,91 +24,54 @@ using namespace orvmysql;
 // Codes of this demo's engine.
 constexpr int32_t kTextType = 1;
 constexpr int32_t kNumberType = 2;
-constexpr int32_t kOpen = 0x4000000;
 constexpr int32_t kProcessLevel = 0;  // case-relevant rows of the process itself
 constexpr int32_t kTaskLevel = 1;     // ... of an activity instance
 
-// The running order: its definition, the process instance, the approval
-// activity and its activity instance, and the task index of ann's work item.
+// The running order of the runtime section: its definition, the process
+// instance, ann's approval (an activity instance) and the task index of her
+// work item.
 struct Order {
-  int32_t definition = 0, process = 0, approve = 0, approval = 0, task = 0;
+  int32_t definition = 0, process = 0, approval = 0, task = 0;
 };
 
 std::string Text(const Variant& v) {
   return v.IsNull() ? "(no value)" : v.ToText();
 }
 
-// Stores the definition of the order (process parameters, the approval
-// activity with its bags) and starts the case: the process instance, the
-// approval's activity instance and ann's work item are written as the
-// runtime providers would write them.
-Order StartOrder(CMYSqlDP& handler, std::ostream& out) {
-  auto definitions = Source<IOrvDefinitionsDP>(handler, kDsDefinitions);
-  auto activities = Source<IActivitiesDP>(handler, kDsActivities);
-  auto params = Source<IProcessParamsDP>(handler, kDsProcessParams);
-  auto bag = Source<IParameterValueDP>(handler, kDsActivityParamBag);
-  auto properties = Source<IPropertyValueDP>(handler, kDsActivityPropertyBag);
-  Order order;
+// The first row of a filtered list; the filter document has one condition
+// per attribute, all of which must hold.
+std::shared_ptr<IListItem> Find(const std::shared_ptr<IListIterator>& rows) {
+  if (!rows->GetNext()) throw std::runtime_error("the running order is not there");
+  return rows->CurrentItem();
+}
 
-  const std::string name = "Purchase order (instance data)";
-  definitions->Add({name,      "Approval of purchase orders",
-                    1,         Date::Now(),
-                    Variant(), "Ann",
-                    "",        "u-100",
-                    "user",    "",
-                    "",        3,
-                    2,         1,
-                    true,      0,
-                    1,         0,
-                    2,         5,
-                    2,         0,
-                    "",        ""});
-  auto found = definitions->Load("WHERE ProcDefName = '" + name + "'");
-  found->GetNext();
-  order.definition = found->CurrentItem()->GetValue("ProcessDefID").ToLong();
-  params->Add({order.definition, "Amount", "Order amount", kNumberType, "", 0, 1, 0, 5000, 1, "",
-               "", "", ""});
-  params->Add({order.definition, "Requester", "", kTextType, "", 0, 1, 0, 0, 1, "", "", "", ""});
-  params->Add({order.definition, "CostCentre", "Cost centre", kTextType, "CC-100", 0, 1, 0, 0, 1,
-               "", "", "", ""});
-  activities->Add({"Approve", "A manager approves the request", 1, 0, 1, 1, 2, 3, 2,
-                   order.definition, 1, "Approve PO", "", "approve", 0, "{DEMO-HANDLER}"});
-  auto list = activities->GetActivitiesForProcess(order.definition);
-  list->GetNext();
-  order.approve = list->CurrentItem()->GetValue("ActivityID").ToLong();
-  for (const std::string p : {"Approved", "Comment"}) {
-    bag->Add({order.approve, p, "", "", kTextType, 0, 0, 0, 1, "", "", "", "", "", 1});
+std::string Filter(const std::map<std::string, Variant>& equal) {
+  CQuery query;
+  auto all = std::make_shared<CConditionExpression>(dloAnd);
+  for (const auto& [attribute, value] : equal) {
+    all->Conditions()->Add(std::make_shared<CCondition>(attribute, dcoEqualto, value));
   }
-  properties->Add({order.approve, "Performer", "Performer", "", kTextType, "manager", 0, 0, 0, "",
-                   "", "", "", "", 1});
-  properties->Add({order.approve, "DueDays", "Due in days", "", kNumberType, "2", 0, 0, 0, "", "",
-                   "", "", "", 1});
+  query.SetCriteria(all);
+  return query.ToXML();
+}
 
-  IConnection& db = *handler.Connection();
-  handler.StartSession();
-  order.process = std::stoi(GetNextID(db, -kDsProcInstance));
-  order.approval = std::stoi(GetNextID(db, -kDsActivityInstance));
-  const std::string item = GetNextID(db, -kDsWorkitems);
-  const std::string p = std::to_string(order.process), a = std::to_string(order.approval);
-  db.ExecuteNonQuery(
-      "INSERT INTO tblProcessInstance (ProcInstanceID,ProcInstanceName,FKProcDefID,State,Guid) "
-      "VALUES (" +
-      p + ",'PO-1042: 12 office chairs'," + std::to_string(order.definition) + "," +
-      std::to_string(kOpen) + ",'{PO-1042}')");
-  db.ExecuteNonQuery(
-      "INSERT INTO tblActivityInstance (ActivityInstanceID,FKActivityID,FKProcInstanceID,"
-      "DisplayName,State) VALUES (" +
-      a + "," + std::to_string(order.approve) + "," + p + ",'Approve'," + std::to_string(kOpen) +
-      ")");
-  db.ExecuteNonQuery(
-      "INSERT INTO tblWorkitems (WorkitemID,ResourceID,ResourceType,ResourceName,Subject,State,"
-      "FKActivityInstanceID,FKProcInstanceID,TaskIndex) VALUES (" +
-      item + ",'ann','user','Ann','Approve PO-1042'," + std::to_string(kOpen) + "," + a + "," + p +
-      "," + std::to_string(order.task) + ")");
-  handler.EndSession();
-  out << "Case \"PO-1042: 12 office chairs\" is process instance " << p << " of \"" << name
-      << "\"; ann's approval is activity instance " << a << ", task " << order.task
-      << " (written directly: this section does not need the runtime providers)\n";
+// Finds the case the runtime section left running, as the engine would: the
+// process instance by its GUID, ann's open work item in it, and the activity
+// instance and task index that work item is for.
+Order FindOrder(CMYSqlDP& handler, std::ostream& out) {
+  auto processes = Source<IProcInstanceDP>(handler, kDsProcInstance);
+  auto items = Source<IWorkitemsDP>(handler, kDsWorkitems);
+  Order order;
+  auto process = Find(processes->Load(Filter({{"GUID", "{PO-1042}"}})));
+  order.process = process->GetValue("ProcInstanceID").ToLong();
+  order.definition = process->GetValue("FKProcDefID").ToLong();
+  auto item =
+      Find(items->Load(Filter({{"FKProcInstanceID", order.process}, {"ResourceID", "ann"}})));
+  order.approval = item->GetValue("FKActivityInstanceID").ToLong();
+  order.task = item->GetValue("TaskIndex").ToLong();
+  out << "The case \"" << process->GetValue("ProcInstanceName").ToText() << "\" (process instance "
+      << order.process << ") is running; ann's work item \"" << item->GetValue("Subject").ToText()
+      << "\" is task " << order.task << " of activity instance " << order.approval << "\n";
   return order;
 }
 
@@ -147,30 +111,26 @@ class GermanNumbers {
 
 void DemoProcessValues(CMYSqlDP& handler, const Order& order, std::ostream& out) {
   auto values = Source<IProcInstanceParamsDP>(handler, kDsProcInstData);
+  out << "\nIts parameters before any value, one row per declaration of the definition:\n";
+  ShowProcessValues(*values, order, out);
   {
-    // The requester types the amount the way his German desktop writes it.
+    // bob types the amount the way his German desktop writes numbers.
     GermanNumbers german;
     const std::string amount = german.Name().empty() ? "1068.50" : "1068,50";
     values->Add({order.process, "Amount", amount, kNumberType, 0, 0, 5000, 1, "", "", ""});
-    out << "\nThe case's values, given as \"" << amount << "\" and \"bob\""
-        << (german.Name().empty() ? " (no German locale on this machine)"
+    out << "The case is given the amount \"" << amount << "\""
+        << (german.Name().empty() ? " (this machine has no German locale)"
                                   : " by a program running with LC_NUMERIC " + german.Name())
-        << ",\n";
+        << " and the requester \"bob\":\n";
   }
   values->Add({order.process, "Requester", "bob", kTextType, 0, 0, 0, 1, "", "", ""});
-  out << "read back beside the declarations (the cost centre has no value yet):\n";
   ShowProcessValues(*values, order, out);
-
   try {
     values->Add({order.process, "Amount", "12,5", kNumberType, 0, 0, 5000, 1, "", "", ""});
   } catch (const Error& e) {
     out << "Under the C locale \"12,5\" is no number: error " << e.Number() << " ("
-        << e.Description() << "); nothing was written\n";
+        << e.Description() << "), and nothing is written\n";
   }
-  out << "The definition's declarations without any case: "
-      << values->LoadProcessInstanceParams(order.definition, -1)->Count()
-      << " rows; with this case: "
-      << values->LoadProcessInstanceParams(order.definition, order.process)->Count() << " rows\n";
 }
 
 void DemoTask(CMYSqlDP& handler, const Order& order, std::ostream& out) {
@@ -204,8 +164,8 @@ void DemoCaseData(CMYSqlDP& handler, const Order& order, std::ostream& out) {
               order.process, kProcessLevel});
   cases->Add({order.approval, "Approved", "yes", kTextType, 0, 0, 0, 1, order.task, "ann", "user",
               "Ann", order.process, kTaskLevel});
-  out << "\nCase-relevant data of the case (only rows of activity instances are read, with the "
-         "activity they belong to):\n";
+  out << "\nCase-relevant data of the case, with the activity each row belongs to (the "
+         "process's own row, entity type 0, is stored but read by no list):\n";
   auto rows = cases->GetParameterForEntity(order.process);
   while (rows->GetNext()) {
     auto row = rows->CurrentItem();
@@ -220,7 +180,7 @@ void DemoCaseData(CMYSqlDP& handler, const Order& order, std::ostream& out) {
 
 void DemoInstanceData(CMYSqlDP& handler, std::ostream& out) {
   out << "\n== Instance data of a running purchase order\n";
-  const Order order = StartOrder(handler, out);
+  const Order order = FindOrder(handler, out);
   DemoProcessValues(handler, order, out);
   DemoTask(handler, order, out);
   DemoCaseData(handler, order, out);

@@ -40,10 +40,17 @@ TEST_F(CaseData, OnlyRowsOfActivityInstancesAreReadWithTheirActivitysName) {
   const int32_t definition = AddDefinition(Unique("Cases"));
   const int32_t review = AddActivity(definition, Unique("review"));
   const int32_t other_activity = AddActivity(definition, Unique("other"));
-  const int32_t process = AddProcessInstance(definition);
-  const int32_t step = AddActivityInstance(process, review);
-  // An activity instance of another case whose key is the process instance's.
-  AddActivityInstance(AddProcessInstance(definition), other_activity, process);
+  // A process instance whose key is also the key of an activity instance of
+  // another case: the two come from separate counters, so both are moved to
+  // the later of the two before the pair is added.
+  const int32_t other_case = StartCase(definition);
+  Db().Exec(
+      "UPDATE tblKeyGen SET LastAllocatedKey = (SELECT m FROM (SELECT MAX(LastAllocatedKey) AS m "
+      "FROM tblKeyGen WHERE EntityTypeCode IN (-11,-14)) AS k) WHERE EntityTypeCode IN (-11,-14)");
+  const int32_t process = StartCase(definition);
+  const int32_t twin = Enter(other_case, other_activity);
+  ASSERT_EQ(process, twin);
+  const int32_t step = Enter(process, review);
   const std::string review_name = "Task " + Db().Scalar(
                                                 "SELECT ActivityProcDefID FROM "
                                                 "tblActivities WHERE ActivityID = " +
@@ -75,9 +82,9 @@ TEST_F(CaseData, OnlyRowsOfActivityInstancesAreReadWithTheirActivitysName) {
 TEST_F(CaseData, DeleteOneRowOrTheRowsOfEntityTypeOneOfAnActivityInstance) {
   const int32_t definition = AddDefinition(Unique("Cases"));
   const int32_t review = AddActivity(definition, Unique("review"));
-  const int32_t process = AddProcessInstance(definition);
-  const int32_t step = AddActivityInstance(process, review);
-  const int32_t next = AddActivityInstance(process, review);
+  const int32_t process = StartCase(definition);
+  const int32_t step = Enter(process, review);
+  const int32_t next = Enter(process, review);
   const std::string p = std::to_string(process);
   cases_->Add(Row(process, step, 1, "A " + p, "1"));
   cases_->Add(Row(process, step, 1, "B " + p, "2"));

@@ -1,7 +1,6 @@
 #include "live/InstanceDataFixture.h"
 
 #include <algorithm>
-#include <atomic>
 
 namespace orvtest {
 
@@ -9,40 +8,19 @@ using orvmysql::FieldArray;
 using orvmysql::Variant;
 
 void InstanceDataTest::SetUp() {
-  DefinitionsTest::SetUp();
+  RuntimeTest::SetUp();
   values_ = Provider<orvmysql::IProcInstanceParamsDP>(handler_, orvmysql::kDsProcInstData);
   cases_ = Provider<orvmysql::IParameterValueDP>(handler_, orvmysql::kDsPIReleventData);
   tasks_ = Provider<orvmysql::ITaskParamsDP>(handler_, orvmysql::kDsActivityInstanceData);
   task_properties_ = Provider<orvmysql::ITaskPropertyDP>(handler_, orvmysql::kDsAIPropertyData);
 }
 
-namespace {
-
-int32_t NextKey() {
-  static std::atomic<int32_t> next{800000};
-  return ++next;
+int32_t InstanceDataTest::StartCase(int32_t definition_id) {
+  return AddProcess(ProcessFields(Unique("guid"), definition_id, 0));
 }
 
-}  // namespace
-
-int32_t InstanceDataTest::AddProcessInstance(int32_t definition_id) {
-  const int32_t id = NextKey();
-  Db().Exec(
-      "INSERT INTO tblProcessInstance (ProcInstanceID,ProcInstanceName,FKProcDefID,State) "
-      "VALUES (" +
-      std::to_string(id) + ",'case " + std::to_string(id) + "'," + std::to_string(definition_id) +
-      ",67108864)");
-  return id;
-}
-
-int32_t InstanceDataTest::AddActivityInstance(int32_t process_id, int32_t activity_id, int32_t id) {
-  if (id == 0) id = NextKey();
-  Db().Exec(
-      "INSERT INTO tblActivityInstance (ActivityInstanceID,FKActivityID,FKProcInstanceID,"
-      "DisplayName,State) VALUES (" +
-      std::to_string(id) + "," + std::to_string(activity_id) + "," + std::to_string(process_id) +
-      ",'step " + std::to_string(id) + "',67108864)");
-  return id;
+int32_t InstanceDataTest::Enter(int32_t process_id, int32_t activity_id) {
+  return AddActivityInstance(ActivityInstanceFields(process_id, activity_id, Unique("step")));
 }
 
 void InstanceDataTest::Declare(int32_t definition_id, const std::string& name, int32_t data_type) {

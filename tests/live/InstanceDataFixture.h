@@ -1,8 +1,8 @@
 #pragma once
 
 // Shared by the live tests of the instance data: the four providers on the
-// definition fixture's handler, process and activity instances written
-// directly into their tables, value arrays, and readers that turn the
+// runtime fixture's handler, process and activity instances of a given
+// definition and activity, value arrays, and readers that turn the
 // template-join rows into "name=text|number" lines.
 
 #include <cstdint>
@@ -10,20 +10,19 @@
 #include <string>
 #include <vector>
 
-#include "live/DefinitionsFixture.h"
+#include "live/RuntimeFixture.h"
 #include "orvmysql/InstanceData.h"
 
 namespace orvtest {
 
-class InstanceDataTest : public DefinitionsTest {
+class InstanceDataTest : public RuntimeTest {
  protected:
   void SetUp() override;
 
-  // A process instance of the definition; an activity instance of the
-  // activity in the process instance (with the given key, or a new one).
-  // Written with plain SQL; keys from 800001 up, apart from the providers'.
-  static int32_t AddProcessInstance(int32_t definition_id);
-  static int32_t AddActivityInstance(int32_t process_id, int32_t activity_id, int32_t id = 0);
+  // A process instance of the definition, and an activity instance of the
+  // activity in a process instance, added through their providers.
+  int32_t StartCase(int32_t definition_id);
+  int32_t Enter(int32_t process_id, int32_t activity_id);
 
   // A declaration of the definition: ParameterName name, DisplayName
   // name + " shown", the data type, Attributes 2 and Max 5000.

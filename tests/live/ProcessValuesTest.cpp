@@ -34,13 +34,13 @@ class ProcessValues : public InstanceDataTest {
 
 TEST_F(ProcessValues, EachInstanceReadsItsOwnValuesBesideEveryDeclaration) {
   const int32_t definition = OrderDefinition();
-  const int32_t a = AddProcessInstance(definition);
-  const int32_t b = AddProcessInstance(definition);
-  const int32_t c = AddProcessInstance(definition);
+  const int32_t a = StartCase(definition);
+  const int32_t b = StartCase(definition);
+  const int32_t c = StartCase(definition);
   // Another definition declares a parameter of the same name.
   const int32_t other_definition = AddDefinition(Unique("Other"));
   Declare(other_definition, "Amount", kNumber);
-  const int32_t other = AddProcessInstance(other_definition);
+  const int32_t other = StartCase(other_definition);
   for (const FieldArray& v :
        {Value(a, "Amount", "100", kNumber), Value(a, "Requester", "ann", kText),
         Value(b, "Amount", "250.5", kNumber), Value(b, "Requester", "bob", kText),
@@ -94,7 +94,7 @@ TEST_F(ProcessValues, EachInstanceReadsItsOwnValuesBesideEveryDeclaration) {
 
 TEST_F(ProcessValues, ValueRuleAsStored) {
   const int32_t definition = AddDefinition(Unique("Values"));
-  const int32_t instance = AddProcessInstance(definition);
+  const int32_t instance = StartCase(definition);
   const std::vector<std::pair<FieldArray, std::string>> cases = {
       {Value(instance, "Blank", "    ", kNumber), "Blank=NULL|NULL"},
       {Value(instance, "BlankText", "  ", kText), "BlankText=NULL|NULL"},
@@ -143,8 +143,8 @@ TEST_F(ProcessValues, ValueRuleAsStored) {
 
 TEST_F(ProcessValues, UpdateAndDeleteOneRowOrAllOfAnInstance) {
   const int32_t definition = OrderDefinition();
-  const int32_t a = AddProcessInstance(definition);
-  const int32_t b = AddProcessInstance(definition);
+  const int32_t a = StartCase(definition);
+  const int32_t b = StartCase(definition);
   for (const std::string name : {"Amount", "Requester", "Note"}) {
     values_->Add(Value(a, name, "1", kNumber));
     values_->Add(Value(b, name, "2", kNumber));

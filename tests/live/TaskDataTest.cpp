@@ -32,10 +32,10 @@ class TaskData : public InstanceDataTest {
       properties_->Add(PropertyFields(review_, name));
     }
     properties_->Add(PropertyFields(other_, "Performer"));
-    const int32_t process = AddProcessInstance(definition);
-    first_ = AddActivityInstance(process, review_);
-    second_ = AddActivityInstance(process, review_);
-    elsewhere_ = AddActivityInstance(process, other_);
+    const int32_t process = StartCase(definition);
+    first_ = Enter(process, review_);
+    second_ = Enter(process, review_);
+    elsewhere_ = Enter(process, other_);
   }
 
   static Lines Parameters(const std::shared_ptr<orvmysql::IListIterator>& rows) {
