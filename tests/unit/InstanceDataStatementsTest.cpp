@@ -246,6 +246,10 @@ TEST(InstanceDataStatements, TaskParametersAndProperties) {
            ",NULL AS ActivityInstanceID,NULL AS AIParameterID,NULL AS TaskIndex,NULL AS "
            "TextValue,NULL AS NumericValue,NULL AS `Attributes` FROM tblActivityParamBag WHERE "
            "tblActivityParamBag.FKActivityID = 5"},
+      {[](Providers& p) { p.tasks->LoadTaskParams(-1, 30, 2); },
+       kTaskHead + kTaskValues + Join(kTaskJoin, "LEFT") +
+           " AND tblActivityInstanceData.TaskIndex = 2) WHERE "
+           "tblActivityInstance.ActivityInstanceID = 30"},
       {[](Providers& p) { p.tasks->LoadTaskParams(5, 30, 2); },
        kTaskHead + kTaskValues + Join(kTaskJoin, "LEFT") +
            " AND tblActivityInstanceData.TaskIndex = 2) WHERE "
@@ -258,6 +262,8 @@ TEST(InstanceDataStatements, TaskParametersAndProperties) {
        "UPDATE tblAIPropertyData SET  FKActivityInstanceID = 30 ,PropertyName = 'Performer' ,"
        "`Value` = 'manager' ,DataType = 1 ,`Attributes` = 0 ,`Min` = 0.0 ,`Max` = 0.0 ,"
        "LookupTypeCode = NULL ,ListAttribute = 'L' ,Relevance = NULL WHERE AIPropertyID = 7"},
+      {[](Providers& p) { p.properties->Delete(7, 0); },
+       "DELETE FROM tblAIPropertyData WHERE AIPropertyID = 7"},
       {[](Providers& p) { p.properties->Delete(7, 30); },
        "DELETE FROM tblAIPropertyData WHERE FKActivityInstanceID = 30"},
       {[](Providers& p) { p.properties->PropertyExist("Per%", 30); },
@@ -270,6 +276,12 @@ TEST(InstanceDataStatements, TaskParametersAndProperties) {
       {[](Providers& p) { p.properties->GetPropertiesForInstance(30); },
        kPropertyHead + kPropertyValues + Join(kPropertyJoin, "LEFT") +
            ") WHERE tblActivityInstance.ActivityInstanceID = 30"},
+      {[](Providers& p) { p.properties->Load(""); },
+       kPropertyHead + kPropertyValues + Join(kPropertyJoin, "INNER") + ")  "},
+      {[](Providers& p) { p.properties->LoadInstanceProperties(5, 30); },
+       kPropertyHead + kPropertyValues + Join(kPropertyJoin, "LEFT") +
+           ") WHERE tblActivityInstance.ActivityInstanceID = 30 AND "
+           "tblActivityPropertyBag.FKActivityID = 5"},
       {[](Providers& p) { p.properties->LoadInstanceProperties(5, -1); },
        kPropertyHead +
            ",NULL AS ActivityInstanceID,NULL AS AIPropertyID,NULL AS `Value`,NULL AS "
@@ -304,12 +316,32 @@ TEST(InstanceDataStatements, EveryOperationNamesItsLocation) {
        "CPIReleventDataDP:IParameterValueDP_GetParameterForEntity Function ("},
       {[](Providers& p) { p.cases->Load(""); },
        "CPIReleventDataDP:IParameterValueDP_Load Function ("},
+      {[](Providers& p) { p.tasks->Add(kTask); },
+       "CActivityInstanceDataDP:ITaskParamsDP_Add Function ("},
+      {[](Providers& p) { p.tasks->Update(1, kTask); },
+       "CActivityInstanceDataDP:ITaskParamsDP_Update Function ("},
+      {[](Providers& p) { p.tasks->Delete(1, 1); },
+       "CActivityInstanceDataDP:ITaskParamsDP_Delete Function ("},
+      {[](Providers& p) { p.tasks->GetParameterByID(1); },
+       "CActivityInstanceDataDP:ITaskParamsDP_GetParameterByID Function ("},
+      {[](Providers& p) { p.tasks->Load(""); },
+       "CActivityInstanceDataDP:ITaskParamsDP_Load Function ("},
       {[](Providers& p) { p.tasks->GetParameterForTask(1, 0); },
        "CActivityInstanceDataDP:ITaskParamsDP_GetParameterForTask Function ("},
       {[](Providers& p) { p.tasks->LoadTaskParams(1, 1, 0); },
        "CActivityInstanceDataDP:ITaskParamsDP_LoadTaskParams Function ("},
       {[](Providers& p) { p.tasks->ParameterExist("a", 1, 0); },
        "CActivityInstanceDataDP:ITaskParamsDP_ParameterExist Function ("},
+      {[](Providers& p) { p.properties->Add(kProperty); },
+       "CAIPropertyDataDP:ITaskPropertyDP_Add Function ("},
+      {[](Providers& p) { p.properties->Update(1, kProperty); },
+       "CAIPropertyDataDP:ITaskPropertyDP_Update Function ("},
+      {[](Providers& p) { p.properties->Delete(1, 0); },
+       "CAIPropertyDataDP:ITaskPropertyDP_Delete Function ("},
+      {[](Providers& p) { p.properties->GetPropertyByID(1); },
+       "CAIPropertyDataDP:ITaskPropertyDP_GetPropertyByID Function ("},
+      {[](Providers& p) { p.properties->Load(""); },
+       "CAIPropertyDataDP:ITaskPropertyDP_Load Function ("},
       {[](Providers& p) { p.properties->GetPropertiesForInstance(1); },
        "CAIPropertyDataDP:ITaskPropertyDP_GetPropertiesForInstance Function ("},
       {[](Providers& p) { p.properties->LoadInstanceProperties(1, 1); },
