@@ -4,6 +4,12 @@
 #   install-deps.sh fuzz    also clang and its fuzzer runtime
 #   install-deps.sh format  also clang-format
 #   install-deps.sh package also what make package needs (dpkg-shlibdeps, file)
+#   install-deps.sh cluster also what make test-cluster needs: the Galera
+#                           provider, and mariadb-server for its rsync state-
+#                           transfer script (wsrep_sst_rsync, found only in that
+#                           package) and the system user mysql the cluster's
+#                           servers run as. It also sets up Debian's own server
+#                           in /var/lib/mysql, which the cluster test leaves alone.
 # mariadb-server-core holds the server binaries without a system service, so
 # installing it starts nothing and touches no system database. The tests make
 # their TLS certificates with openssl and compile a Turkish locale from the
@@ -22,6 +28,7 @@ case "${1:-}" in
   fuzz) packages+=(clang libclang-rt-14-dev) ;;
   format) packages+=(clang-format) ;;
   package) packages+=(dpkg-dev file) ;;
+  cluster) packages+=(galera-4 mariadb-server rsync) ;;
 esac
 
 missing=()

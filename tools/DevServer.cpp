@@ -1,9 +1,10 @@
 #include "tools/DevServer.h"
 
+#include "tools/ServerProcess.h"
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <signal.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,8 +13,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 #include <thread>
 
@@ -26,14 +25,6 @@ namespace fs = std::filesystem;
 std::string Env(const char* name, const std::string& fallback = {}) {
   const char* v = std::getenv(name);
   return v != nullptr && *v != '\0' ? std::string(v) : fallback;
-}
-
-std::string ReadTail(const fs::path& file, std::size_t max_bytes = 2000) {
-  std::ifstream in(file);
-  std::stringstream ss;
-  ss << in.rdbuf();
-  std::string text = ss.str();
-  return text.size() > max_bytes ? text.substr(text.size() - max_bytes) : text;
 }
 
 unsigned FreeLoopbackPort() {
@@ -50,32 +41,6 @@ unsigned FreeLoopbackPort() {
   }
   close(fd);
   return ntohs(addr.sin_port);
-}
-
-// Starts the program with the arguments; the child dies with this process.
-pid_t Spawn(const std::vector<std::string>& args, const fs::path& input, const fs::path& output) {
-  // The child re-opens stdout; unwritten output of this process must not be
-  // written a second time from the child's copy of the buffers.
-  std::fflush(nullptr);
-  const pid_t pid = fork();
-  if (pid < 0) throw std::runtime_error("fork() failed");
-  if (pid == 0) {
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (!input.empty()) {
-      if (std::freopen(input.c_str(), "r", stdin) == nullptr) _exit(126);
-    }
-    // The server writes a few lines to the terminal before its log takes over.
-    if (std::freopen(output.c_str(), "a", stdout) == nullptr ||
-        std::freopen(output.c_str(), "a", stderr) == nullptr) {
-      _exit(126);
-    }
-    std::vector<char*> argv;
-    for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
-    execv(argv[0], argv.data());
-    _exit(127);
-  }
-  return pid;
 }
 
 bool CanConnect(const ServerAddress& address) {
@@ -132,22 +97,14 @@ void DevServer::StartPrivate(const std::function<void(const std::string&)>& log)
                                      "--skip-log-bin"};
   if (geteuid() == 0) common.push_back("--user=root");
 
-  // System tables, created the way the server's own installer does it.
-  {
-    std::ofstream boot(root / "bootstrap.sql");
-    boot << "create database if not exists mysql;\nuse mysql;\n";
-    for (const char* file : {"mysql_system_tables.sql", "mysql_system_tables_data.sql"}) {
-      std::ifstream in(sql_dir / file);
-      if (!in) throw std::runtime_error("missing " + (sql_dir / file).string());
-      boot << in.rdbuf() << "\n";
-    }
-  }
+  WriteBootstrapSql(root / "bootstrap.sql", sql_dir);
   auto args = common;
   args.push_back("--bootstrap");
   args.push_back("--log-error=" + (root / "bootstrap.log").string());
   if (log) log("bootstrapping a private MariaDB server in " + root_dir_);
   int status = 0;
-  const pid_t boot_pid = Spawn(args, root / "bootstrap.sql", root / "console.log");
+  const pid_t boot_pid =
+      Spawn(args, {.input = root / "bootstrap.sql", .output = root / "console.log"});
   waitpid(boot_pid, &status, 0);
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
     const std::string tail = ReadTail(root / "bootstrap.log");
@@ -166,7 +123,7 @@ void DevServer::StartPrivate(const std::function<void(const std::string&)>& log)
     args.push_back(a);
   }
   args.insert(args.end(), server_options_.begin(), server_options_.end());
-  pid_ = Spawn(args, {}, root / "console.log");
+  pid_ = Spawn(args, {.output = root / "console.log"});
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   while (!CanConnect(address_)) {
     if (waitpid(pid_, &status, WNOHANG) == pid_ || std::chrono::steady_clock::now() > deadline) {
