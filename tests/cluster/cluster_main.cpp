@@ -1,23 +1,26 @@
 // orvmysql-cluster-test: the library on a 3-node Galera cluster, with a crash.
 //
-//   orvmysql-cluster-test [--seconds 30] [--kill-node 2] [--kill-at 10] [--down 5]
+//   orvmysql-cluster-test [--seconds 30] [--kill-node 2] [--kill-at 8] [--down 4]
 //                         [--max-stall 8]
 //
 // Starts a cluster on loopback (tests/cluster/GaleraCluster.h), installs the
 // schema through node 1, and runs one writer per node, each with a data handler
 // of its own in one session, adding process instances and a work item for each
-// for the given time. Meanwhile the given node is killed with SIGKILL and, after
-// the pause, started again. Then it checks:
+// for the given time, and at least 5 s after the killed node is back: the node
+// is killed with SIGKILL at --kill-at and started again --down seconds later.
+// Then it checks:
 //   - no two writers took overlapping keys (every compare-and-set on tblKeyGen
 //     that reported a row is seen through the statement observer);
 //   - every Add that returned true is on every node, exactly once;
 //   - the writers on the nodes that stayed up never went longer than
 //     --max-stall seconds without a successful Add;
-//   - the killed node rejoined and the cluster is whole again.
+//   - the killed node rejoined, the cluster is whole again, and the writer of
+//     that node added again once it was back.
 // Prints adds per writer, failures by error number, the longest stall per
 // writer and the kill and rejoin times; exits 1 when a check fails.
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <iomanip>
 #include <iostream>
@@ -48,14 +51,14 @@ const char* const kDatabase = "orvmysql_cluster";
 struct Options {
   double seconds = 30;
   int kill_node = 2;  // 1-based
-  double kill_at = 10;
-  double down = 5;
+  double kill_at = 8;
+  double down = 4;
   double max_stall = 8;
 };
 
 [[noreturn]] void Usage() {
-  std::cerr << "usage: orvmysql-cluster-test [--seconds 30] [--kill-node 2] [--kill-at 10]"
-               " [--down 5] [--max-stall 8]\n";
+  std::cerr << "usage: orvmysql-cluster-test [--seconds 30] [--kill-node 2] [--kill-at 8]"
+               " [--down 4] [--max-stall 8]\n";
   std::exit(2);
 }
 
@@ -130,6 +133,7 @@ struct Writer {
   std::vector<std::string> raised;                // Adds that raised
   std::vector<Claim> claims;
   double longest_stall = 0, stall_from = 0;  // seconds, from the start of the run
+  double last_success = 0;
 };
 
 // Reads the compare-and-set that took keys from the statement text; nullopt
@@ -196,9 +200,10 @@ std::string ByGuid(const std::string& guid) {
   return query.ToXML();
 }
 
-// One writer: a handler of its own on its node, in one session, until `until`.
+// One writer: a handler of its own on its node, in one session, until the
+// time in `until` (which may move on while it runs).
 void Write(Writer& w, const orvmysql::devkit::ServerAddress& address, Clock::time_point start,
-           Clock::time_point until) {
+           const std::atomic<Clock::rep>& until) {
   orvmysql::CMYSqlDP handler;
   handler.Init(address.Connector(kDatabase));
   handler.SetStatementObserver([&w](const orvmysql::StatementEvent& event) {
@@ -220,6 +225,7 @@ void Write(Writer& w, const orvmysql::devkit::ServerAddress& address, Clock::tim
       w.stall_from = Seconds(last_success - start);
     }
     last_success = now;
+    w.last_success = Seconds(now - start);
   };
   bool in_session = false;
   auto failed = [&](const orvmysql::Error& e) {
@@ -237,7 +243,7 @@ void Write(Writer& w, const orvmysql::devkit::ServerAddress& address, Clock::tim
     }
   };
 
-  for (long n = 0; Clock::now() < until;) {
+  for (long n = 0; Clock::now().time_since_epoch().count() < until.load();) {
     try {
       if (!in_session) {
         handler.StartSession();
@@ -425,15 +431,14 @@ int Run(const Options& o) {
   std::vector<Writer> writers(kNodes);
   const int victim = o.kill_node - 1;
   const auto start = Clock::now();
-  const auto until =
-      start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(o.seconds));
   auto at = [start](double s) {
     return start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(s));
   };
+  std::atomic<Clock::rep> until = at(o.seconds).time_since_epoch().count();
   std::vector<std::thread> threads;
   for (int n = 0; n < kNodes; ++n) {
     writers[n].index = n;
-    threads.emplace_back(Write, std::ref(writers[n]), cluster.Address(n), start, until);
+    threads.emplace_back(Write, std::ref(writers[n]), cluster.Address(n), start, std::cref(until));
   }
   double killed_at = 0, restarted_at = 0, synced_at = 0;
   std::string transfer, rejoin_error;
@@ -445,6 +450,8 @@ int Run(const Options& o) {
   try {
     transfer = cluster.Rejoin(victim);
     synced_at = Seconds(Clock::now() - start);
+    // The rejoined node's writer gets a few seconds of its own.
+    until = std::max(until.load(), at(synced_at + 5).time_since_epoch().count());
   } catch (const std::exception& e) {
     rejoin_error = e.what();
   }
@@ -460,6 +467,9 @@ int Run(const Options& o) {
     std::cout << "did not rejoin: " << rejoin_error << "\n";
   }
   outcome.Check(rejoin_error.empty(), "node " + std::to_string(o.kill_node) + " did not rejoin");
+  outcome.Check(rejoin_error.empty() && writers[victim].last_success > synced_at,
+                "the writer of node " + std::to_string(o.kill_node) +
+                    " added nothing after the node was back");
   for (int n = 0; n < kNodes; ++n) {
     outcome.Check(cluster.ClusterSize(n) == kNodes,
                   "node " + std::to_string(n + 1) + " does not see the whole cluster");
