@@ -13,6 +13,7 @@
 //   ORVMYSQL_MARIADBD        server binary (default /usr/sbin/mariadbd)
 //   ORVMYSQL_MARIADB_SHARE   its SQL files (default /usr/share/mysql)
 //   ORVMYSQL_GALERA          provider (default /usr/lib/galera/libgalera_smm.so)
+//   ORVMYSQL_KEEP_CLUSTER    when set, the directory with the nodes' logs is kept
 
 #include <chrono>
 #include <functional>
@@ -32,7 +33,7 @@ class GaleraCluster {
   // Bootstraps node 0 as a new cluster and joins the others to it (each by a
   // full state transfer); returns when every node is synced.
   explicit GaleraCluster(int nodes, Log log = {});
-  ~GaleraCluster();  // stops every node and removes the directory
+  ~GaleraCluster();  // stops every node and removes the directory (see above)
   GaleraCluster(const GaleraCluster&) = delete;
   GaleraCluster& operator=(const GaleraCluster&) = delete;
 
