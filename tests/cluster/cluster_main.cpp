@@ -35,13 +35,12 @@
 
 #include "cluster/GaleraCluster.h"
 #include "orvmysql/orvmysql.h"
+#include "support/RuntimeFields.h"
 #include "tools/SchemaInstaller.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using orvmysql::Date;
-using orvmysql::FieldArray;
 using orvmysql::Variant;
 using orvmysql::devkit::GaleraCluster;
 
@@ -126,11 +125,12 @@ struct Claim {
 
 struct Writer {
   int index = 0;  // also the node it writes to
-  long process_adds = 0, workitem_adds = 0, lookups_missed = 0;
+  long lookups_missed = 0, false_returns = 0;
   std::map<long, long> failures;
-  std::map<long, std::string> failure_text;       // the first of each number
-  std::vector<std::string> processes, workitems;  // what the successful Adds wrote
-  std::vector<std::string> raised;                // Adds that raised
+  std::map<long, std::pair<double, double>> failure_span;  // first and last, seconds
+  std::map<long, std::string> failure_text;                // the first of each number
+  std::vector<std::string> processes, workitems;           // what the successful Adds wrote
+  std::vector<std::string> raised;                         // Adds that raised
   std::vector<Claim> claims;
   double longest_stall = 0, stall_from = 0;  // seconds, from the start of the run
   double last_success = 0;
@@ -148,47 +148,6 @@ std::optional<Claim> ClaimOf(const orvmysql::StatementEvent& event) {
   std::match_results<std::string_view::const_iterator> m;
   if (!std::regex_search(event.sql.begin(), event.sql.end(), m, shape)) return std::nullopt;
   return Claim{std::stol(m[2].str()), std::stoll(m[3].str()), std::stoll(m[1].str()), 0};
-}
-
-FieldArray ProcessFields(const std::string& guid) {
-  return {"Cluster order " + guid,
-          1,
-          Date::FromParts(2024, 5, 17, 9, 0, 0),
-          "u-7",
-          Date::FromParts(2024, 5, 31, 18, 0, 0),
-          67108864,
-          3,
-          Date::FromParts(2024, 6, 3, 12, 30, 0),
-          guid,
-          0,
-          "user",
-          "Ann",
-          Date::FromParts(2024, 5, 17, 8, 59, 0),
-          Variant(),
-          Variant(),
-          ""};
-}
-
-FieldArray WorkitemFields(int32_t process_id, const std::string& resource) {
-  return {67108864,
-          Date::FromParts(2024, 5, 17, 9, 6, 0),
-          Variant(),
-          Variant(),
-          resource,
-          "user",
-          "",
-          "Review order",
-          "",
-          0,
-          process_id,
-          1,
-          Variant(),
-          14,
-          Date::FromParts(2024, 5, 17, 10, 0, 0),
-          Variant(),
-          Date::FromParts(2024, 5, 21, 12, 0, 0),
-          4,
-          8};
 }
 
 std::string ByGuid(const std::string& guid) {
@@ -218,88 +177,89 @@ void Write(Writer& w, const orvmysql::devkit::ServerAddress& address, Clock::tim
       handler.GetDataSource(orvmysql::kDsWorkitems));
 
   Clock::time_point last_success = start;
-  auto succeeded = [&] {
-    const auto now = Clock::now();
+  auto gap_until = [&](Clock::time_point now) {
     if (Seconds(now - last_success) > w.longest_stall) {
       w.longest_stall = Seconds(now - last_success);
       w.stall_from = Seconds(last_success - start);
     }
+  };
+  auto added = [&](std::vector<std::string>& list, const std::string& value) {
+    const auto now = Clock::now();
+    gap_until(now);
     last_success = now;
     w.last_success = Seconds(now - start);
+    list.push_back(value);
   };
   bool in_session = false;
-  auto failed = [&](const orvmysql::Error& e) {
-    const long code = FailureCode(e);
-    if (w.failures[code]++ == 0) w.failure_text[code] = e.what();
-    if (ConnectionLost(code)) {
-      if (in_session) {
-        try {
-          handler.EndSession();
-        } catch (const orvmysql::Error&) {
-        }
-        in_session = false;
-      }
-      std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-  };
-
-  for (long n = 0; Clock::now().time_since_epoch().count() < until.load();) {
-    try {
-      if (!in_session) {
-        handler.StartSession();
-        in_session = true;
-      }
-    } catch (const orvmysql::Error& e) {
-      failed(e);
-      continue;
-    }
-    const std::string guid = "w" + std::to_string(w.index + 1) + "-" + std::to_string(++n);
-    try {
-      if (!processes->Add(ProcessFields(guid))) throw std::logic_error("Add returned false");
-      w.processes.push_back(guid);
-      ++w.process_adds;
-      succeeded();
-    } catch (const orvmysql::Error& e) {
-      w.raised.push_back(guid);
-      failed(e);
-      continue;
-    }
-    int32_t id = 0;
-    try {
-      // The engine finds its new instance by the GUID it gave.
-      auto rows = processes->Load(ByGuid(guid));
-      if (!rows->GetNext()) {
-        ++w.lookups_missed;
-        continue;
-      }
-      id = rows->CurrentItem()->GetValue("ProcInstanceID").ToLong();
-    } catch (const orvmysql::Error& e) {
-      failed(e);
-      continue;
-    }
-    const std::string resource = guid + "/item";
-    try {
-      if (!workitems->Add(WorkitemFields(id, resource)))
-        throw std::logic_error("Add returned false");
-      w.workitems.push_back(resource);
-      ++w.workitem_adds;
-      succeeded();
-    } catch (const orvmysql::Error& e) {
-      w.raised.push_back(resource);
-      failed(e);
-    }
-  }
-  const auto end = Clock::now();
-  if (Seconds(end - last_success) > w.longest_stall) {
-    w.longest_stall = Seconds(end - last_success);
-    w.stall_from = Seconds(last_success - start);
-  }
-  if (in_session) {
+  auto end_session = [&] {
+    if (!in_session) return;
+    in_session = false;
     try {
       handler.EndSession();
     } catch (const orvmysql::Error&) {
     }
+  };
+  // Runs one call and tells whether it succeeded. A failure is counted; after
+  // a lost connection the session ends, so that the next round opens another.
+  auto attempt = [&](auto&& call) {
+    try {
+      call();
+      return true;
+    } catch (const orvmysql::Error& e) {
+      const long code = FailureCode(e);
+      const double now = Seconds(Clock::now() - start);
+      if (w.failures[code]++ == 0) {
+        w.failure_text[code] = e.what();
+        w.failure_span[code].first = now;
+      }
+      w.failure_span[code].second = now;
+      if (ConnectionLost(code)) {
+        end_session();
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+      }
+      return false;
+    }
+  };
+
+  for (long n = 0; Clock::now().time_since_epoch().count() < until.load();) {
+    if (!in_session && !attempt([&] { handler.StartSession(); })) continue;
+    in_session = true;
+    const std::string guid = "w" + std::to_string(w.index + 1) + "-" + std::to_string(++n);
+    bool ok = false;
+    if (!attempt([&] { ok = processes->Add(orvtest::SampleProcessFields(guid, 1, 0)); })) {
+      w.raised.push_back(guid);
+      continue;
+    }
+    if (!ok) {
+      ++w.false_returns;
+      continue;
+    }
+    added(w.processes, guid);
+    // The engine finds its new instance by the GUID it gave.
+    int32_t id = 0;
+    if (!attempt([&] {
+          auto rows = processes->Load(ByGuid(guid));
+          if (rows->GetNext()) id = rows->CurrentItem()->GetValue("ProcInstanceID").ToLong();
+        })) {
+      continue;
+    }
+    if (id == 0) {
+      ++w.lookups_missed;
+      continue;
+    }
+    const std::string resource = guid + "/item";
+    if (!attempt([&] { ok = workitems->Add(orvtest::SampleWorkitemFields(id, 0, resource)); })) {
+      w.raised.push_back(resource);
+      continue;
+    }
+    if (!ok) {
+      ++w.false_returns;
+      continue;
+    }
+    added(w.workitems, resource);
   }
+  gap_until(Clock::now());
+  end_session();
 }
 
 // How often each value of the column occurs on the node, read after the node
@@ -338,7 +298,9 @@ void CheckClaims(const std::vector<Writer>& writers, Outcome& outcome) {
   for (const long entity : {-11L, -10L}) {
     auto& claims = by_entity[entity];
     long adds = 0;
-    for (const Writer& w : writers) adds += entity == -11 ? w.process_adds : w.workitem_adds;
+    for (const Writer& w : writers)
+      adds += entity == -11 ? static_cast<long>(w.processes.size())
+                            : static_cast<long>(w.workitems.size());
     std::cout << "keys of entity type " << entity << ": " << claims.size()
               << " compare-and-set wins seen for " << adds << " successful Adds\n";
     // Every successful Add took a key: fewer wins than Adds means the observer
@@ -478,10 +440,14 @@ int Run(const Options& o) {
   std::cout << "\nwriter  node  process adds  work-item adds  longest stall     failures\n";
   for (const Writer& w : writers) {
     std::ostringstream failures;
-    for (const auto& [code, count] : w.failures) failures << code << " x" << count << "  ";
-    if (w.lookups_missed > 0) failures << "not found by GUID x" << w.lookups_missed;
+    for (const auto& [code, count] : w.failures) {
+      const auto [first, last] = w.failure_span.at(code);
+      failures << code << " x" << count << " (" << Fixed(first) << "-" << Fixed(last) << " s)  ";
+    }
+    if (w.lookups_missed > 0) failures << "not found by GUID x" << w.lookups_missed << "  ";
+    if (w.false_returns > 0) failures << "Add returned false x" << w.false_returns;
     std::cout << std::setw(6) << w.index + 1 << std::setw(6) << w.index + 1 << std::setw(14)
-              << w.process_adds << std::setw(16) << w.workitem_adds << std::setw(8)
+              << w.processes.size() << std::setw(16) << w.workitems.size() << std::setw(8)
               << Fixed(w.longest_stall) << " s at " << std::setw(4) << Fixed(w.stall_from) << "  "
               << (failures.str().empty() ? "none" : failures.str()) << "\n";
     if (w.index != victim) {
@@ -501,6 +467,8 @@ int Run(const Options& o) {
   CheckClaims(writers, outcome);
   CheckPresence(cluster, writers, outcome);
   for (const Writer& w : writers) {
+    outcome.Check(w.false_returns == 0,
+                  "writer " + std::to_string(w.index + 1) + ": an Add returned false");
     // A duplicate key would surface as a failed INSERT.
     outcome.Check(w.failures.count(1062) == 0,
                   "writer " + std::to_string(w.index + 1) + " hit a duplicate entry (1062)");

@@ -1,5 +1,7 @@
 #include "live/RuntimeFixture.h"
 
+#include "support/RuntimeFields.h"
+
 #include <stdexcept>
 
 namespace orvtest {
@@ -20,22 +22,7 @@ void RuntimeTest::SetUp() {
 
 FieldArray RuntimeTest::ProcessFields(const std::string& guid, int32_t definition_id,
                                       int32_t parent_id) {
-  return {"Order 'A' \\ 1",
-          definition_id,
-          Date::FromParts(2024, 5, 17, 9, 0, 0),
-          "u-7",
-          Date::FromParts(2024, 5, 31, 18, 0, 0),
-          67108864,
-          3,
-          Date::FromParts(2024, 6, 3, 12, 30, 0),
-          guid,
-          parent_id,
-          "",
-          "Ann",
-          Date::FromParts(2024, 5, 17, 8, 59, 0),
-          Variant(),
-          Variant(),
-          "first note"};
+  return SampleProcessFields(guid, definition_id, parent_id);
 }
 
 FieldArray RuntimeTest::ActivityInstanceFields(int32_t process_id, int32_t activity_id,
@@ -69,25 +56,7 @@ FieldArray RuntimeTest::ActivityInstanceFields(int32_t process_id, int32_t activ
 
 FieldArray RuntimeTest::WorkitemFields(int32_t process_id, int32_t activity_instance_id,
                                        const std::string& resource) {
-  return {67108864,
-          Date::FromParts(2024, 5, 17, 9, 6, 0),
-          Variant(),
-          Variant(),
-          resource,
-          "user",
-          "",
-          "Review order",
-          "",
-          activity_instance_id,
-          process_id,
-          1,
-          Variant(),
-          14,
-          Date::FromParts(2024, 5, 17, 10, 0, 0),
-          Variant(),
-          Date::FromParts(2024, 5, 21, 12, 0, 0),
-          4,
-          8};
+  return SampleWorkitemFields(process_id, activity_instance_id, resource);
 }
 
 int32_t RuntimeTest::AddProcess(int32_t parent_id) {
