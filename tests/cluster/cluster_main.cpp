@@ -183,13 +183,6 @@ void Write(Writer& w, const orvmysql::devkit::ServerAddress& address, Clock::tim
       w.stall_from = Seconds(last_success - start);
     }
   };
-  auto added = [&](std::vector<std::string>& list, const std::string& value) {
-    const auto now = Clock::now();
-    gap_until(now);
-    last_success = now;
-    w.last_success = Seconds(now - start);
-    list.push_back(value);
-  };
   bool in_session = false;
   auto end_session = [&] {
     if (!in_session) return;
@@ -221,20 +214,34 @@ void Write(Writer& w, const orvmysql::devkit::ServerAddress& address, Clock::tim
     }
   };
 
+  // One Add, true when it returned true. What it wrote goes to the list, or
+  // to the raised ones when it failed (whether it committed is unknown then).
+  auto add = [&](auto&& call, std::vector<std::string>& list, const std::string& value) {
+    bool ok = false;
+    if (!attempt([&] { ok = call(); })) {
+      w.raised.push_back(value);
+      return false;
+    }
+    if (!ok) {
+      ++w.false_returns;
+      return false;
+    }
+    const auto now = Clock::now();
+    gap_until(now);
+    last_success = now;
+    w.last_success = Seconds(now - start);
+    list.push_back(value);
+    return true;
+  };
+
   for (long n = 0; Clock::now().time_since_epoch().count() < until.load();) {
     if (!in_session && !attempt([&] { handler.StartSession(); })) continue;
     in_session = true;
     const std::string guid = "w" + std::to_string(w.index + 1) + "-" + std::to_string(++n);
-    bool ok = false;
-    if (!attempt([&] { ok = processes->Add(orvtest::SampleProcessFields(guid, 1, 0)); })) {
-      w.raised.push_back(guid);
+    if (!add([&] { return processes->Add(orvtest::SampleProcessFields(guid, 1, 0)); }, w.processes,
+             guid)) {
       continue;
     }
-    if (!ok) {
-      ++w.false_returns;
-      continue;
-    }
-    added(w.processes, guid);
     // The engine finds its new instance by the GUID it gave.
     int32_t id = 0;
     if (!attempt([&] {
@@ -248,15 +255,8 @@ void Write(Writer& w, const orvmysql::devkit::ServerAddress& address, Clock::tim
       continue;
     }
     const std::string resource = guid + "/item";
-    if (!attempt([&] { ok = workitems->Add(orvtest::SampleWorkitemFields(id, 0, resource)); })) {
-      w.raised.push_back(resource);
-      continue;
-    }
-    if (!ok) {
-      ++w.false_returns;
-      continue;
-    }
-    added(w.workitems, resource);
+    add([&] { return workitems->Add(orvtest::SampleWorkitemFields(id, 0, resource)); }, w.workitems,
+        resource);
   }
   gap_until(Clock::now());
   end_session();
