@@ -99,8 +99,8 @@ GaleraCluster::GaleraCluster(int nodes, Log log) : log_(std::move(log)) {
   if (nodes < 1) throw std::invalid_argument("a cluster needs a node");
   mariadbd_ = Env("ORVMYSQL_MARIADBD", "/usr/sbin/mariadbd");
   const fs::path sql_dir = Env("ORVMYSQL_MARIADB_SHARE", "/usr/share/mysql");
-  const std::string provider = Env("ORVMYSQL_GALERA", "/usr/lib/galera/libgalera_smm.so");
-  for (const fs::path& needed : {fs::path(mariadbd_), fs::path(provider)}) {
+  provider_ = Env("ORVMYSQL_GALERA", "/usr/lib/galera/libgalera_smm.so");
+  for (const fs::path& needed : {fs::path(mariadbd_), fs::path(provider_)}) {
     if (!fs::exists(needed)) {
       throw std::runtime_error(needed.string() +
                                " not found: run scripts/install-deps.sh cluster (make test-cluster"
@@ -193,7 +193,7 @@ void GaleraCluster::WriteOptionFile(const Node& node, const std::string& cluster
       << "binlog-format=ROW\n"
       << "innodb-autoinc-lock-mode=2\n"
       << "wsrep-on=ON\n"
-      << "wsrep-provider=" << Env("ORVMYSQL_GALERA", "/usr/lib/galera/libgalera_smm.so") << "\n"
+      << "wsrep-provider=" << provider_ << "\n"
       << "wsrep-cluster-name=orvmysql\n"
       << "wsrep-cluster-address=" << cluster_address << "\n"
       << "wsrep-node-name=" << node.name << "\n"
@@ -284,10 +284,6 @@ std::string GaleraCluster::Rejoin(int index, std::chrono::seconds limit) {
   if (log.find("IST received") != std::string::npos) return "IST";
   if (log.find("SST") != std::string::npos) return "SST";
   return "none";
-}
-
-std::string GaleraCluster::State(int node) const {
-  return StatusValue(Address(node), "WSREP_LOCAL_STATE_COMMENT");
 }
 
 int GaleraCluster::ClusterSize(int node) const {

@@ -49,9 +49,6 @@ class GaleraCluster {
   // it is synced. Returns how the state arrived ("IST", "SST" or "none").
   std::string Rejoin(int node, std::chrono::seconds limit = std::chrono::seconds(180));
 
-  // wsrep_local_state_comment of the node ("Synced", "Joining: ..."), empty
-  // when it does not answer.
-  std::string State(int node) const;
   // wsrep_cluster_size as the node sees it, 0 when it does not answer.
   int ClusterSize(int node) const;
 
@@ -74,6 +71,7 @@ class GaleraCluster {
   Log log_;
   std::optional<RunAs> user_;
   std::string mariadbd_;
+  std::string provider_;
   std::filesystem::path root_;
   std::vector<Node> nodes_;
 };

@@ -454,7 +454,7 @@ int Run(const Options& o) {
       outcome.Check(w.longest_stall <= o.max_stall, "writer " + std::to_string(w.index + 1) +
                                                         " stalled " + Fixed(w.longest_stall) +
                                                         " s (limit " + Fixed(o.max_stall) + " s)");
-      // The writers of the nodes that stayed up see no lost connection.
+      // A writer finds on its own node what it has just added there.
       outcome.Check(w.lookups_missed == 0, "writer " + std::to_string(w.index + 1) +
                                                " did not find an instance it had added");
     }
