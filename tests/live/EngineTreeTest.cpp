@@ -21,11 +21,11 @@ constexpr int32_t kPausedToo = 0x40000000;
 constexpr int32_t kTerminated = 0x8000002;
 constexpr int32_t kSkipped = 0x8000004;
 
-using States = std::map<std::string, int32_t>;
+using StateMap = std::map<std::string, int32_t>;
 
 // The states with f applied to every word for which it returns a value.
 template <class F>
-States Mapped(States states, F f) {
+StateMap Mapped(StateMap states, F f) {
   for (auto& [key, state] : states) state = f(state);
   return states;
 }
@@ -48,11 +48,11 @@ class EngineTree : public EngineTest {
 
   FixedClock clock_{Date::FromParts(2024, 5, 17, 10, 15, 30)};
   Tree tree_, other_;
-  States before_, other_before_;
+  StateMap before_, other_before_;
 };
 
 TEST_F(EngineTree, PauseMarksOpenRowsOnlyAndResumeRestoresThem) {
-  const States paused =
+  const StateMap paused =
       Mapped(before_, [](int32_t s) { return (s & kOpen) && !(s & kPaused) ? s | kPaused : s; });
   ASSERT_NE(paused, before_);
   EXPECT_TRUE(engine_->PauseProcess(tree_.open_sub));  // any member names the tree
@@ -130,9 +130,9 @@ TEST_F(EngineTree, EndCompletesTheOneProcessOnceNoActivityIsOpen) {
   for (int32_t task : {tree_.tasks[3], tree_.tasks[4]}) {
     SetState("tblActivityInstance", "ActivityInstanceID", task, kClosed + 1);
   }
-  const States ended_before = States(tree_.ids);
+  const StateMap ended_before = States(tree_.ids);
   EXPECT_TRUE(engine_->EndProcess(tree_.open_sub, true));
-  States expected = ended_before;
+  StateMap expected = ended_before;
   expected["p" + std::to_string(tree_.open_sub)] = kClosed + 1;
   EXPECT_EQ(States(tree_.ids), expected);
   EXPECT_EQ(Column("tblProcessInstance", "FinishedOn", "ProcInstanceID", tree_.open_sub),
@@ -153,7 +153,7 @@ TEST_F(EngineTree, SkipSetsEverySelectedTaskAndItsItemsWhateverTheirState) {
             3);
   EXPECT_EQ(Column("tblActivityInstance", "FinishedOn", "ActivityInstanceID", tree_.tasks[3]),
             "NULL");
-  const States after = States(tree_.ids);
+  const StateMap after = States(tree_.ids);
   EXPECT_EQ(std::count_if(after.begin(), after.end(),
                           [&](const auto& row) { return row.second != before_.at(row.first); }),
             5);
