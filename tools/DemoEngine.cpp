@@ -186,7 +186,8 @@ class Operations {
          << "\n  (false is what it always returns; success is the absence of an error)\n"
          << "Case-relevant data of the case:\n";
     auto rows = handler_.Connection()->Execute(
-        "SELECT ParameterName, IFNULL(TextValue, NumericValue) AS Value, EntityType, ResourceName "
+        "SELECT ParameterName, COALESCE(NULLIF(TextValue, ''), NumericValue) AS Value, EntityType, "
+        "ResourceName "
         "FROM tblPIReleventData WHERE FKProcInstanceID = " +
         root + " ORDER BY PIReleventDataID");
     while (rows->GetNext()) {
