@@ -42,15 +42,6 @@ enum class As : std::uint8_t {
   // literal, and the numeric column's literal follows the layout's last
   // position (as if the layout were one position longer, once per ValueByType).
   ValueByType,
-  Long,             // 32-bit integer in decimal
-  Double,           // double with a decimal point
-  Text,             // quoted, cut to 255 characters
-  TextOrNull,       // quoted, cut to 255 characters; NULL when empty
-  LongTextOrNull,   // quoted, not cut; NULL when empty
-  DateTime,         // date-time literal; NULL when Empty or Null
-  DateOnly,         // date literal without the time of day; NULL when Empty or Null
-  Boolean,          // 1 or 0
-  Unused,           // must be present, is not read
   TextOrEmpty,      // quoted, cut to 255 characters; Null is written as ''
   LongTextOrEmpty,  // quoted, not cut; Null is written as ''
   Number,           // a number as the platform writes it (no ".0" added); NULL for Null

@@ -160,34 +160,24 @@ class Operations {
 
   void CopyCaseData() {
     const std::string root = std::to_string(root_);
-    // The values the engine keeps for the case and for the approval task.
-    handler_.Connection()->ExecuteNonQuery(
-        "INSERT INTO tblProcInstanceData (ProcInstanceDataID, FKProcInstanceID, ParameterName, "
-        "TextValue, NumericValue, DataType, `Attributes`, `Min`, `Max`, ParameterType) VALUES "
-        "(90001, " +
-        root + ", 'Amount', NULL, 1240.5, 2, 0, 0, 5000, 1), (90002, " + root +
-        ", 'Requester', 'bob', NULL, 1, 0, 0, 0, 1)");
+    // The instance-data section stored the case's values and the approval's
+    // parameters; copy both into the case-relevant data.
     auto approval =
         tasks_->Load(Filter("", {Is("FKProcInstanceID", root_), Is("ActivityName", "Approve")}));
     approval->GetNext();
     const int32_t task = approval->CurrentItem()->GetValue("ActivityInstanceID").ToLong();
-    handler_.Connection()->ExecuteNonQuery(
-        "INSERT INTO tblActivityInstanceData (AIParameterID, FKActivityInstanceID, ParameterName, "
-        "TextValue, DataType, `Attributes`, `Min`, `Max`, ParameterType, TaskIndex) VALUES "
-        "(90001, " +
-        std::to_string(task) + ", 'Approved', 'yes', 1, 0, 0, 0, 1, 0)");
 
     out_ << "\nInsertCaseRelatedData(case " << root_ << ", process " << root_
          << ", entity type 0, task 0, ann): "
          << engine_->InsertCaseRelatedData(root_, root_, 0, 0, "ann", "user", "Ann");
     out_ << "\nInsertCaseRelatedData(case " << root_ << ", activity instance " << task
-         << ", entity type " << kTaskEntity << ", task 0, ann): "
-         << engine_->InsertCaseRelatedData(root_, task, kTaskEntity, 0, "ann", "user", "Ann")
+         << ", entity type " << kTaskEntity << ", every task): "
+         << engine_->InsertCaseRelatedData(root_, task, kTaskEntity, -1, "", "", "")
          << "\n  (false is what it always returns; success is the absence of an error)\n"
          << "Case-relevant data of the case:\n";
     auto rows = handler_.Connection()->Execute(
         "SELECT ParameterName, COALESCE(NULLIF(TextValue, ''), NumericValue) AS Value, EntityType, "
-        "ResourceName "
+        "IFNULL(ResourceName, '') AS ResourceName "
         "FROM tblPIReleventData WHERE FKProcInstanceID = " +
         root + " ORDER BY PIReleventDataID");
     while (rows->GetNext()) {
