@@ -25,6 +25,7 @@
 #include "runtime/CAIPropertyDataDP.h"
 #include "runtime/CActivityInstanceDP.h"
 #include "runtime/CActivityInstanceDataDP.h"
+#include "runtime/COrvEngineDP.h"
 #include "runtime/CPIReleventDataDP.h"
 #include "runtime/CPathInstanceDP.h"
 #include "runtime/CProcInstDataDP.h"
@@ -32,7 +33,6 @@
 #include "runtime/CSplitInstanceDP.h"
 #include "runtime/CThreadInstanceDP.h"
 #include "runtime/CWorkitemsDP.h"
-#include "runtime/PendingProviders.h"
 
 namespace orvmysql {
 
@@ -82,6 +82,7 @@ constexpr std::pair<std::string_view, Maker> kClasses[] = {
     {"orvmysql.CConditionToStringBuilder", &Make<CConditionToStringBuilder>},
     {"orvmysql.CAttributes", &Make<CAttributes>},
     {"orvmysql.CAttribute", &Make<CAttribute>},
+    {"orvmysql.CNode", &Make<CNode>},
 };
 
 }  // namespace

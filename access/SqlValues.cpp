@@ -46,6 +46,19 @@ std::string TextOrEmpty(const Variant& v, bool limit255) {
   return "'" + GetQuotedString(v.IsNull() ? std::string() : v.ToText(), limit255) + "'";
 }
 
+std::string Number(const Variant& v) {
+  if (v.IsNull()) return "NULL";
+  if (v.IsText()) {
+    if (!IsDecimalNumber(v.Text())) ThrowRuntimeError(kErrTypeMismatch, "'" + v.Text() + "'");
+    const auto first = v.Text().find_first_not_of(" \t\r\n");
+    return v.Text().substr(first, v.Text().find_last_not_of(" \t\r\n") - first + 1);
+  }
+  if (v.GetType() == Variant::Type::Long) return std::to_string(v.ToLong());
+  const double d = v.ToDouble();
+  if (!std::isfinite(d)) ThrowRuntimeError(kErrOverflow);
+  return DoubleText(d);
+}
+
 std::string LongOrNull(const Variant& v) {
   return v.IsNull() ? "NULL" : Long(v);
 }

@@ -30,6 +30,10 @@ std::string Text(const Variant& v, bool limit255 = true);
 std::string TextOrNull(const Variant& v, bool limit255 = true);
 // As Text, with Null read as an empty text (for values read back from rows).
 std::string TextOrEmpty(const Variant& v, bool limit255 = true);
+// A number as the platform writes it: an integer in decimal, a double in its
+// shortest text (DoubleText, no ".0" added), a text only when it is a decimal
+// number (else 13), without the blanks around it; the bare NULL for Null.
+std::string Number(const Variant& v);
 // Long, or the bare NULL for Null.
 std::string LongOrNull(const Variant& v);
 // Date literals (NULL for an Empty or Null value).

@@ -3,7 +3,9 @@
 #include <numeric>
 
 #include "access/General.h"
+#include "access/NumberText.h"
 #include "access/SqlValues.h"
+#include "orvmysql/Error.h"
 
 namespace orvmysql::dp {
 
@@ -47,10 +49,48 @@ std::vector<std::string> FormatFields(const FieldArray& fields, std::span<const 
         numbers.push_back(std::move(columns.number));
         break;
       }
+      case As::TextOrEmpty:
+        values.push_back(sql::TextOrEmpty(v, true));
+        break;
+      case As::LongTextOrEmpty:
+        values.push_back(sql::TextOrEmpty(v, false));
+        break;
+      case As::Number:
+        values.push_back(sql::Number(v));
+        break;
     }
   }
   values.insert(values.end(), numbers.begin(), numbers.end());
   return values;
+}
+
+FieldArray RowFields(IListItem& row, std::span<const std::string_view> columns) {
+  FieldArray fields;
+  fields.reserve(columns.size());
+  for (std::string_view column : columns) fields.push_back(row.GetValue(std::string(column)));
+  return fields;
+}
+
+std::string JoinedColumn(IListIterator& rows, const std::string& column) {
+  std::string list;
+  while (rows.GetNext()) {
+    if (!list.empty()) list += ',';
+    list += sql::Long(rows.CurrentItem()->GetValue(column));
+  }
+  return list;
+}
+
+void RequireIdList(std::string_view text) {
+  for (std::size_t start = 0;;) {
+    const std::size_t comma = text.find(',', start);
+    const std::string_view id = text.substr(start, comma - start);
+    if (!IsDecimalNumber(id, true)) {
+      ThrowRuntimeError(kErrTypeMismatch,
+                        "'" + std::string(id) + "' in the id list is not a decimal number");
+    }
+    if (comma == std::string_view::npos) return;
+    start = comma + 1;
+  }
 }
 
 std::string Assignments(std::span<const Assignment> set, const std::vector<std::string>& values) {
@@ -156,6 +196,16 @@ std::shared_ptr<IListIterator> TableProvider::RowsWhere(std::string_view select,
 std::shared_ptr<IListIterator> TableProvider::RowsWithTail(std::string_view select,
                                                            const std::string& tail, Where where) {
   return Rows(std::string(select) + " " + tail, where);
+}
+
+std::vector<int32_t> TableProvider::RunSteps(const std::vector<dp::Step>& steps, Where where) {
+  std::vector<int32_t> changed;
+  changed.reserve(steps.size());
+  for (const dp::Step& step : steps) {
+    const bool skip = step.only_if_none_before && (changed.empty() || changed.back() != 0);
+    changed.push_back(skip ? -1 : NonQuery(step.sql, where));
+  }
+  return changed;
 }
 
 std::string TableProvider::InsertValues(const dp::KeyedTable& t, const FieldArray& fields) {

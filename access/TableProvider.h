@@ -42,6 +42,9 @@ enum class As : std::uint8_t {
   // literal, and the numeric column's literal follows the layout's last
   // position (as if the layout were one position longer, once per ValueByType).
   ValueByType,
+  TextOrEmpty,      // quoted, cut to 255 characters; Null is written as ''
+  LongTextOrEmpty,  // quoted, not cut; Null is written as ''
+  Number,           // a number as the platform writes it (no ".0" added); NULL for Null
 };
 
 // Formats every position of the layout. Raises 9 when the array is shorter
@@ -63,6 +66,34 @@ struct Concatenation {
 };
 template <const std::string_view&... Parts>
 inline constexpr std::string_view Concat = Concatenation<Parts...>::kText;
+// The values of the named columns of a row, in the order of the names, for
+// formatting by a layout.
+FieldArray RowFields(IListItem& row, std::span<const std::string_view> columns);
+
+// The named column of every row, each as a decimal 32-bit integer, joined by
+// "," ("12,13,27"); "" for no rows. For the id lists of IN clauses.
+std::string JoinedColumn(IListIterator& rows, const std::string& column);
+
+// Raises 13 unless the text is decimal whole numbers joined by commas, blanks
+// around each allowed ("12, 13,27"): such a list can be pasted into an IN
+// clause as it is given.
+void RequireIdList(std::string_view text);
+
+// The pieces (texts and string_views) joined into one text.
+template <class... Parts>
+std::string Cat(const Parts&... parts) {
+  std::string text;
+  text.reserve((std::string_view(parts).size() + ... + 0));
+  (text.append(std::string_view(parts)), ...);
+  return text;
+}
+
+// One statement of a multi-statement change. With only_if_none_before it runs
+// only when the statement before it ran and changed no row (a fallback).
+struct Step {
+  std::string sql;
+  bool only_if_none_before = false;
+};
 
 // One "column = value" piece of an UPDATE: the literal text before the value
 // and the position of the value.
@@ -242,6 +273,12 @@ class TableProvider : public DataSourceBase {
   // select + " " + the caller's tail, passed on unchanged (trusted SQL).
   std::shared_ptr<IListIterator> RowsWithTail(std::string_view select, const std::string& tail,
                                               Where where = __builtin_LINE());
+
+  // Runs the statements of a multi-statement change in order: the one place
+  // through which such a change sends its statements. Returns the rows each
+  // statement changed, -1 for a fallback that did not run. Session calls are
+  // the caller's.
+  std::vector<int32_t> RunSteps(const std::vector<dp::Step>& steps, Where where = __builtin_LINE());
 
  private:
   // Ends the session without marking a line, dropping any error: used only

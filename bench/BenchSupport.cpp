@@ -48,9 +48,25 @@ const std::string& Database() {
 }
 
 std::shared_ptr<orvmysql::CMYSqlDP> NewHandler() {
+  return NewHandler(Database());
+}
+
+std::shared_ptr<orvmysql::CMYSqlDP> NewHandler(const std::string& database) {
   auto handler = std::make_shared<orvmysql::CMYSqlDP>();
-  handler->Init(Server().Connector(Database()));
+  handler->Init(Server().Connector(database));
   return handler;
+}
+
+OwnDatabase::OwnDatabase(const std::string& stem)
+    : name_("orvbench_" + stem + "_" + std::to_string(getpid())) {
+  orvmysql::devkit::InstallSchema(Server(), name_);
+}
+
+OwnDatabase::~OwnDatabase() {
+  try {
+    orvmysql::devkit::AdminExecute(Server(), "DROP DATABASE IF EXISTS `" + name_ + "`");
+  } catch (const std::exception&) {
+  }
 }
 
 long long StatementCount(orvmysql::IConnection& connection) {
@@ -62,7 +78,10 @@ long long StatementCount(orvmysql::IConnection& connection) {
                                "0"));
 }
 
-CountedSession::CountedSession() : handler_(NewHandler()) {
+CountedSession::CountedSession() : CountedSession(NewHandler()) {}
+
+CountedSession::CountedSession(std::shared_ptr<orvmysql::CMYSqlDP> handler)
+    : handler_(std::move(handler)) {
   handler_->StartSession();
 }
 
@@ -76,11 +95,15 @@ void SetStatements(benchmark::State& state, long long statements) {
 }
 
 MYSQL* DirectConnect() {
+  return DirectConnect(Database());
+}
+
+MYSQL* DirectConnect(const std::string& database) {
   const orvmysql::devkit::ServerAddress& a = Server();
   MYSQL* db = mysql_init(nullptr);
   mysql_optionsv(db, MYSQL_SET_CHARSET_NAME, "utf8mb4");
   if (!mysql_real_connect(db, a.server.c_str(), a.user.c_str(), a.password.c_str(),
-                          Database().c_str(), std::stoi(a.port), nullptr, CLIENT_FOUND_ROWS)) {
+                          database.c_str(), std::stoi(a.port), nullptr, CLIENT_FOUND_ROWS)) {
     const std::string message = mysql_error(db);
     mysql_close(db);
     throw std::runtime_error(message);

@@ -20,14 +20,31 @@ namespace orvbench {
 const orvmysql::devkit::ServerAddress& Server();
 // The name of the benchmark database (created on first use, with the schema).
 const std::string& Database();
-// A data handler initialised for the benchmark database.
+// A data handler initialised for the benchmark database, or for another.
 std::shared_ptr<orvmysql::CMYSqlDP> NewHandler();
+std::shared_ptr<orvmysql::CMYSqlDP> NewHandler(const std::string& database);
+
+// A database of its own with the schema, dropped by the destructor: for
+// benchmarks whose rows (or whose deletions) would disturb the others.
+class OwnDatabase {
+ public:
+  explicit OwnDatabase(const std::string& stem);
+  ~OwnDatabase();
+  OwnDatabase(const OwnDatabase&) = delete;
+  OwnDatabase& operator=(const OwnDatabase&) = delete;
+  const std::string& Name() const { return name_; }
+
+ private:
+  std::string name_;
+};
 // The server's count of statements run ("Questions") for this client
 // connection's session; read through the given connection.
 long long StatementCount(orvmysql::IConnection& connection);
-// A Connector/C connection to the benchmark database, for the bare statements
-// the library's are measured against (close it with mysql_close).
+// A Connector/C connection to the benchmark database (or another), for the
+// bare statements the library's are measured against (close it with
+// mysql_close).
 st_mysql* DirectConnect();
+st_mysql* DirectConnect(const std::string& database);
 // Runs a statement on it; throws with the client's message when it fails.
 void DirectExecute(st_mysql* db, const std::string& sql);
 
@@ -42,6 +59,7 @@ std::shared_ptr<T> Source(orvmysql::CMYSqlDP& handler, int32_t code) {
 class CountedSession {
  public:
   CountedSession();
+  explicit CountedSession(std::shared_ptr<orvmysql::CMYSqlDP> handler);
   ~CountedSession();
   CountedSession(const CountedSession&) = delete;
   CountedSession& operator=(const CountedSession&) = delete;

@@ -8,8 +8,10 @@
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "orvmysql/DataHandler.h"
+#include "orvmysql/Query.h"
 
 namespace orvdemo {
 
@@ -28,6 +30,17 @@ void DemoLanguages(orvmysql::CMYSqlDP& handler, std::ostream& out);
 void DemoMessaging(orvmysql::CMYSqlDP& handler, std::ostream& out);
 void DemoRuntime(orvmysql::CMYSqlDP& handler, std::ostream& out);
 void DemoInstanceData(orvmysql::CMYSqlDP& handler, std::ostream& out);
+void DemoEngine(orvmysql::CMYSqlDP& handler, std::ostream& out);
+
+// A State word as a person reads it: "open, started", "closed/terminated, paused".
+std::string StateWords(int32_t state);
+// A query document: every condition must hold; one optional sort key.
+std::string Filter(const std::string& entity,
+                   std::vector<std::shared_ptr<orvmysql::CCondition>> conditions,
+                   const std::string& sort_key = {},
+                   orvmysql::SortOrderEnum order = orvmysql::dsAscending);
+// The condition "attribute = value".
+std::shared_ptr<orvmysql::CCondition> Is(const std::string& attribute, orvmysql::Variant value);
 
 // Stores the purchase-order definition of the definitions section under the
 // name and returns its key.

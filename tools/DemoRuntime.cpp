@@ -25,6 +25,8 @@ constexpr int32_t kClosed = 0x8000000;
 constexpr int32_t kCompleted = 1;  // added to a closed word
 constexpr int32_t kPaused = 0x20000000;
 
+}  // namespace
+
 std::string StateWords(int32_t state) {
   std::string words;
   if (state & kClosed) {
@@ -40,6 +42,8 @@ std::string StateWords(int32_t state) {
   if (state & kPaused) words += ", paused";
   return words;
 }
+
+namespace {
 
 // A working morning; each step of the story sets the time it happens.
 Date& StoryTime() {
@@ -57,9 +61,10 @@ struct StoryClock {
   ~StoryClock() { SetClockForTesting(nullptr); }
 };
 
-// A query document: every condition must hold; one optional sort key.
+}  // namespace
+
 std::string Filter(const std::string& entity, std::vector<std::shared_ptr<CCondition>> conditions,
-                   const std::string& sort_key = {}, SortOrderEnum order = dsAscending) {
+                   const std::string& sort_key, SortOrderEnum order) {
   CQuery query;
   query.SetEntityName(entity);
   auto all = std::make_shared<CConditionExpression>(dloAnd);
@@ -72,6 +77,8 @@ std::string Filter(const std::string& entity, std::vector<std::shared_ptr<CCondi
 std::shared_ptr<CCondition> Is(const std::string& attribute, Variant value) {
   return std::make_shared<CCondition>(attribute, dcoEqualto, std::move(value));
 }
+
+namespace {
 
 // "hh:mm" of a stamp.
 std::string Time(const Variant& v) {

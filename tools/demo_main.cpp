@@ -31,6 +31,7 @@ int main() {
     orvdemo::DemoMessaging(*handler, out);
     orvdemo::DemoRuntime(*handler, out);
     orvdemo::DemoInstanceData(*handler, out);
+    orvdemo::DemoEngine(*handler, out);
 
     devkit::AdminExecute(server->Address(), "DROP DATABASE `" + database + "`");
     out << "\nDropped database " << database << ". Done.\n";

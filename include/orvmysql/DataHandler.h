@@ -32,7 +32,7 @@ enum DataSourceCode : int32_t {
   kDsActivityInstanceData = 9,  // CActivityInstanceDataDP, ITaskParamsDP
   kDsWorkitems = 10,            // CWorkitemsDP, IWorkitemsDP
   kDsProcInstance = 11,         // CProcInstanceDP, IProcInstanceDP
-  kDsEngine = 13,               // COrvEngineDP
+  kDsEngine = 13,               // COrvEngineDP, IOrvEngineDP
   kDsActivityInstance = 14,     // CActivityInstanceDP, IActivityInstanceDP
   kDsSplitInstance = 15,        // CSplitInstanceDP
   kDsPathInstance = 16,         // CPathInstanceDP

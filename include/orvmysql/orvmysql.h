@@ -7,6 +7,7 @@
 #include "orvmysql/Connection.h"
 #include "orvmysql/DataHandler.h"
 #include "orvmysql/Definitions.h"
+#include "orvmysql/Engine.h"
 #include "orvmysql/Error.h"
 #include "orvmysql/InstanceData.h"
 #include "orvmysql/Keys.h"
