@@ -72,6 +72,9 @@ std::string Joined(const std::vector<std::string>& values, std::span<const std::
 }
 
 std::string LiteralPattern(std::string_view text) {
+  // Checked before the wildcards are escaped, so that an error names the
+  // position in the caller's text.
+  RequireUtf8(text);
   return GetQuotedString(EscapeLikeString(text), true);
 }
 
