@@ -153,7 +153,7 @@ std::string GetQuotedString(std::string_view text, bool limit255) {
     out.reserve(std::min(size, limit) + 8);
     std::size_t chars = 0;  // characters of the escaped text so far
     std::size_t i = 0;
-    while (i < size) {
+    while (i < size && chars < limit) {
       // A run of bytes that are copied as they stand, one character each,
       // up to the cut.
       const std::size_t stop = i + std::min(size - i, limit - chars);
@@ -163,7 +163,6 @@ std::string GetQuotedString(std::string_view text, bool limit255) {
         out.append(text.data() + i, run - i);
         chars += run - i;
         i = run;
-        if (chars == limit) break;
         continue;
       }
       const unsigned char c = bytes[i];

@@ -50,6 +50,9 @@ TEST(GetQuotedString, CutsAt255CharactersWithoutSplittingAnEscape) {
   EXPECT_EQ((cut.size() - 200) % 2, 0u);
 
   EXPECT_EQ(GetQuotedString(std::string(300, 'x'), true), std::string(255, 'x'));
+  // A pair that fills the 255th character exactly is kept.
+  EXPECT_EQ(GetQuotedString(std::string(253, 'a') + "' OR 1=1", true),
+            std::string(253, 'a') + "''");
 }
 
 TEST(GetQuotedString, CountsUtf8CharactersAndNeverSplitsThem) {
@@ -106,6 +109,15 @@ TEST(EscapeLikeString, EscapesWildcardsBackslashFirst) {
   EXPECT_EQ(EscapeLikeString("50%_a\\b"), "50\\%\\_a\\\\b");
   EXPECT_EQ(EscapeLikeString("abc"), "abc");
   EXPECT_EQ(EscapeLikeString("[x]"), "\\[x\\]");
+}
+
+TEST(LiteralPattern, CutNeverLeavesALoneLikeEscape) {
+  // "%" becomes \% in the pattern and \\% in the literal: three characters.
+  EXPECT_EQ(dp::LiteralPattern(std::string(252, 'a') + "%"), std::string(252, 'a') + "\\\\%");
+  EXPECT_EQ(dp::LiteralPattern(std::string(253, 'a') + "%"), std::string(253, 'a'));
+  // An escaped backslash that fits whole stays.
+  EXPECT_EQ(dp::LiteralPattern(std::string(251, 'a') + "\\%"),
+            std::string(251, 'a') + "\\\\\\\\");
 }
 
 TEST(DateLiterals, FixedPatternsAndNullForNoDate) {
