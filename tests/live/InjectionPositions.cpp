@@ -1,0 +1,272 @@
+// The text positions of every provider, for the injection replay.
+//
+// To add a provider's positions, append to the list in InjectionPositions():
+// - Texts in a field array: one InArray<Interface>(all, code, "Interface::Op",
+//   base, {positions...}, call) entry per operation, where base builds a
+//   complete array that the operation accepts for the targets and call runs
+//   the operation with the array. Each listed position becomes one position.
+// - Any other text argument: all.push_back({"Interface::Op argument",
+//   [](const InjectionTargets& t, const std::string& text) { ... }}).
+// A provider whose rows need other rows adds their keys to InjectionTargets
+// and creates them in PrepareInjectionTargets.
+
+#include "live/InjectionPositions.h"
+
+#include <initializer_list>
+#include <stdexcept>
+
+#include "live/DefinitionsFixture.h"
+#include "orvmysql/Definitions.h"
+#include "orvmysql/Query.h"
+#include "query/EntityFilters.h"
+
+namespace orvtest {
+namespace {
+
+using orvmysql::FieldArray;
+using orvmysql::Variant;
+
+// The fixture's complete field arrays, reached without a fixture.
+struct Arrays : DefinitionsTest {
+  using DefinitionsTest::ActivityFields;
+  using DefinitionsTest::DefinitionFields;
+  using DefinitionsTest::ParameterAddFields;
+  using DefinitionsTest::ProcessParamFields;
+  using DefinitionsTest::PropertyFields;
+  using DefinitionsTest::SwitchFields;
+  using DefinitionsTest::TransitionFields;
+};
+
+template <class T>
+std::shared_ptr<T> Source(const InjectionTargets& t, int32_t code) {
+  auto typed = std::dynamic_pointer_cast<T>(t.handler->GetDataSource(code));
+  if (!typed) throw std::runtime_error("provider lacks the requested interface");
+  return typed;
+}
+
+using Base = FieldArray (*)(const InjectionTargets&);
+
+template <class T, class Call>
+void InArray(std::vector<InjectionPosition>& all, int32_t code, const std::string& operation,
+             Base base, std::initializer_list<std::size_t> positions, Call call) {
+  for (std::size_t pos : positions) {
+    all.push_back({operation + " [" + std::to_string(pos) + "]",
+                   [=](const InjectionTargets& t, const std::string& text) {
+                     FieldArray fields = base(t);
+                     fields.at(pos) = text;
+                     call(*Source<T>(t, code), t, fields);
+                   }});
+  }
+}
+
+FieldArray Definition(const InjectionTargets&) {
+  return Arrays::DefinitionFields("injection");
+}
+FieldArray Activity(const InjectionTargets& t) {
+  return Arrays::ActivityFields(t.definition, "Task", t.activity_identifier);
+}
+FieldArray Transition(const InjectionTargets& t) {
+  return Arrays::TransitionFields(t.definition, t.activity, 1, t.switch_row, 2, "arc");
+}
+FieldArray Switch(const InjectionTargets& t) {
+  return Arrays::SwitchFields(t.definition, 1, "split");
+}
+FieldArray ProcessParam(const InjectionTargets& t) {
+  return Arrays::ProcessParamFields(t.definition, "amount");
+}
+FieldArray Property(const InjectionTargets& t) {
+  return Arrays::PropertyFields(t.activity, "colour");
+}
+FieldArray Parameter(const InjectionTargets& t) {
+  return Arrays::ParameterAddFields(t.activity, "limit");
+}
+
+// A query with one condition on a text attribute: built in code and written
+// by the library, or a document written by hand with the text in it as it
+// stands (only &, < and > escaped), as a screen might send it.
+std::string ModelDocument(const std::string& attribute, orvmysql::ConditionOperatorEnum op,
+                          const std::string& text) {
+  auto group = std::make_shared<orvmysql::CConditionExpression>(orvmysql::dloAnd);
+  group->Conditions()->Add(std::make_shared<orvmysql::CCondition>(attribute, op, Variant(text)));
+  orvmysql::CQuery query;
+  query.SetCriteria(group);
+  return query.ToXML();
+}
+
+std::string HandDocument(const std::string& attribute, orvmysql::ConditionOperatorEnum op,
+                         const std::string& text) {
+  std::string value;
+  for (char c : text) {
+    value += c == '&' ? "&amp;" : c == '<' ? "&lt;" : c == '>' ? "&gt;" : std::string(1, c);
+  }
+  return "<query><criteria><conditionexpression logicaloperator=\"dloAnd\"><conditions>"
+         "<condition attributename=\"" +
+         attribute + "\" operator=\"" +
+         (op == orvmysql::dcoEqualto ? "dcoEqualto" : "dcoContains") +
+         "\" valuetype=\"dcfvtConstant\">" + value +
+         "</condition></conditions></conditionexpression></criteria></query>";
+}
+
+// The statement a list operation runs for a filter document.
+using Statement = std::string (*)(const std::string& filter);
+
+std::string Workitems(const std::string& filter) {
+  std::shared_ptr<orvmysql::CAttributes> map;
+  return orvmysql::ParseWorkitemFilter(filter, map);
+}
+std::string ProcInstances(const std::string& filter) {
+  std::shared_ptr<orvmysql::CAttributes> map;
+  return "SELECT ProcInstanceID FROM tblProcessInstance " +
+         orvmysql::ParseProcInstanceFilter(filter, map);
+}
+std::string ActivityInstances(const std::string& filter) {
+  std::shared_ptr<orvmysql::CAttributes> map;
+  return "SELECT ActivityInstanceID FROM tblActivityInstance INNER JOIN tblActivities ON "
+         "tblActivityInstance.FKActivityID = tblActivities.ActivityID " +
+         orvmysql::ParseActivityInstanceFilter(filter, map);
+}
+std::string Messages(const std::string& filter) {
+  std::shared_ptr<orvmysql::CAttributes> map;
+  const orvmysql::MessageFilter parts = orvmysql::ParseMessageFilter(filter, map);
+  return "SELECT " + parts.distinct + " " + parts.columns + " " + parts.from + " " +
+         parts.condition;
+}
+
+// Four positions per attribute: equal and contains, in a query built in code
+// and in a document written by hand.
+void Filter(std::vector<InjectionPosition>& all, const std::string& list, Statement statement,
+            const std::string& attribute) {
+  for (auto op : {orvmysql::dcoEqualto, orvmysql::dcoContains}) {
+    for (auto document : {&ModelDocument, &HandDocument}) {
+      all.push_back({list + " filter " + attribute + (op == orvmysql::dcoEqualto ? " = " : " ~ ") +
+                         (document == &ModelDocument ? "(query model)" : "(document)"),
+                     [=](const InjectionTargets& t, const std::string& text) {
+                       t.handler->Connection()->Execute(statement(document(attribute, op, text)));
+                     },
+                     document == &HandDocument});
+    }
+  }
+}
+
+std::vector<InjectionPosition> AllPositions() {
+  using namespace orvmysql;
+  std::vector<InjectionPosition> all;
+  // Definitions (4), activities (7), transitions (5), switches (6), process
+  // parameters (24), property bags (23), parameter bags (20).
+  const auto definition_add = [](IOrvDefinitionsDP& p, const InjectionTargets&,
+                                 const FieldArray& f) { p.Add(f); };
+  const auto definition_update = [](IOrvDefinitionsDP& p, const InjectionTargets& t,
+                                    const FieldArray& f) { p.Update(t.definition, f); };
+  InArray<IOrvDefinitionsDP>(all, 4, "IOrvDefinitionsDP::Add", &Definition,
+                             {0, 1, 5, 6, 7, 8, 9, 10, 22, 23}, definition_add);
+  InArray<IOrvDefinitionsDP>(all, 4, "IOrvDefinitionsDP::Update", &Definition,
+                             {0, 1, 5, 6, 7, 8, 9, 10, 22, 23}, definition_update);
+  all.push_back({"IOrvDefinitionsDP::WorkflowDefinitionExist name",
+                 [](const InjectionTargets& t, const std::string& text) {
+                   Source<IOrvDefinitionsDP>(t, 4)->WorkflowDefinitionExist(text, t.definition);
+                 }});
+
+  InArray<IActivitiesDP>(
+      all, 7, "IActivitiesDP::Add", &Activity, {0, 1, 11, 12, 13, 15},
+      [](IActivitiesDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
+  InArray<IActivitiesDP>(all, 7, "IActivitiesDP::Update", &Activity, {0, 1, 11, 12, 13, 15},
+                         [](IActivitiesDP& p, const InjectionTargets& t, const FieldArray& f) {
+                           p.Update(t.definition, t.activity_identifier, f);
+                         });
+  all.push_back(
+      {"IActivitiesDP::Update identifier", [](const InjectionTargets& t, const std::string& text) {
+         Source<IActivitiesDP>(t, 7)->Update(t.definition, text, Activity(t));
+       }});
+  all.push_back(
+      {"IActivitiesDP::ActivityExist name", [](const InjectionTargets& t, const std::string& text) {
+         Source<IActivitiesDP>(t, 7)->ActivityExist(text, t.definition, t.activity);
+       }});
+
+  InArray<ITransitionsDP>(
+      all, 5, "ITransitionsDP::Add", &Transition, {4, 6},
+      [](ITransitionsDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
+  InArray<ITransitionsDP>(all, 5, "ITransitionsDP::Update", &Transition, {4, 6},
+                          [](ITransitionsDP& p, const InjectionTargets& t, const FieldArray& f) {
+                            p.Update(t.transition, f);
+                          });
+  InArray<ISwitchesDP>(
+      all, 6, "ISwitchesDP::Add", &Switch, {1, 3},
+      [](ISwitchesDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
+  InArray<ISwitchesDP>(all, 6, "ISwitchesDP::Update", &Switch, {1, 3},
+                       [](ISwitchesDP& p, const InjectionTargets& t, const FieldArray& f) {
+                         p.Update(t.switch_row, f);
+                       });
+
+  InArray<IProcessParamsDP>(
+      all, 24, "IProcessParamsDP::Add", &ProcessParam, {1, 2, 4, 10, 11, 12, 13},
+      [](IProcessParamsDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
+  InArray<IProcessParamsDP>(all, 24, "IProcessParamsDP::Update", &ProcessParam,
+                            {1, 2, 4, 10, 11, 12, 13},
+                            [](IProcessParamsDP& p, const InjectionTargets& t,
+                               const FieldArray& f) { p.Update(t.process_param, f); });
+  all.push_back({"IProcessParamsDP::ParameterExist name",
+                 [](const InjectionTargets& t, const std::string& text) {
+                   Source<IProcessParamsDP>(t, 24)->ParameterExist(text, t.definition);
+                 }});
+
+  InArray<IPropertyValueDP>(
+      all, 23, "IPropertyValueDP::Add", &Property, {1, 2, 3, 5, 9, 10, 11, 12, 13},
+      [](IPropertyValueDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
+  InArray<IPropertyValueDP>(all, 23, "IPropertyValueDP::Update", &Property,
+                            {1, 2, 3, 5, 9, 10, 11, 12, 13},
+                            [](IPropertyValueDP& p, const InjectionTargets& t,
+                               const FieldArray& f) { p.Update(t.property, f); });
+  InArray<IParameterValueDP>(
+      all, 20, "IParameterValueDP::Add (activity)", &Parameter, {1, 2, 3, 9, 10, 11, 12, 13},
+      [](IParameterValueDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
+  InArray<IParameterValueDP>(all, 20, "IParameterValueDP::Update (activity)", &Parameter,
+                             {1, 2, 8, 9, 10, 11, 12},
+                             [](IParameterValueDP& p, const InjectionTargets& t,
+                                const FieldArray& f) { p.Update(t.parameter, f); });
+
+  // The list filters, on a cut and an uncut text attribute each.
+  Filter(all, "work items", &Workitems, "Subject");
+  Filter(all, "work items", &Workitems, "Note");
+  Filter(all, "process instances", &ProcInstances, "ProcInstanceName");
+  Filter(all, "process instances", &ProcInstances, "Note");
+  Filter(all, "activity instances", &ActivityInstances, "DisplayName");
+  Filter(all, "activity instances", &ActivityInstances, "ActivityNote");
+  Filter(all, "messages", &Messages, "Subject");
+  Filter(all, "messages", &Messages, "Message");
+  Filter(all, "messages", &Messages, "RecepientName");
+  return all;
+}
+
+int32_t NewestKey(const std::shared_ptr<orvmysql::IListIterator>& rows, const std::string& column) {
+  int32_t key = -1;
+  while (rows->GetNext()) key = std::max(key, rows->CurrentItem()->GetValue(column).ToLong());
+  if (key < 0) throw std::runtime_error("no row for the injection targets");
+  return key;
+}
+
+}  // namespace
+
+const std::vector<InjectionPosition>& InjectionPositions() {
+  static const std::vector<InjectionPosition> positions = AllPositions();
+  return positions;
+}
+
+InjectionTargets PrepareInjectionTargets(std::shared_ptr<orvmysql::CMYSqlDP> handler) {
+  using namespace orvmysql;
+  InjectionTargets t;
+  t.handler = std::move(handler);
+  Source<IOrvDefinitionsDP>(t, 4)->Add(Definition(t));
+  t.definition = NewestKey(
+      Source<IOrvDefinitionsDP>(t, 4)->Load("ORDER BY ProcessDefID DESC LIMIT 1"), "ProcessDefID");
+  Source<IActivitiesDP>(t, 7)->Add(Activity(t));
+  t.activity =
+      NewestKey(Source<IActivitiesDP>(t, 7)->GetActivitiesForProcess(t.definition), "ActivityID");
+  t.switch_row = Source<ISwitchesDP>(t, 6)->Add(Switch(t));
+  t.transition = Source<ITransitionsDP>(t, 5)->Add(Transition(t));
+  t.process_param = Source<IProcessParamsDP>(t, 24)->Add(ProcessParam(t));
+  t.property = Source<IPropertyValueDP>(t, 23)->Add(Property(t));
+  t.parameter = Source<IParameterValueDP>(t, 20)->Add(Parameter(t)).ToLong();
+  return t;
+}
+
+}  // namespace orvtest
