@@ -15,9 +15,11 @@
 #include <initializer_list>
 #include <stdexcept>
 
-#include "live/DefinitionsFixture.h"
+#include "live/MessagingFixture.h"
 #include "orvmysql/Definitions.h"
+#include "orvmysql/Messaging.h"
 #include "orvmysql/Query.h"
+#include "orvmysql/Routing.h"
 #include "query/EntityFilters.h"
 
 namespace orvtest {
@@ -26,8 +28,8 @@ namespace {
 using orvmysql::FieldArray;
 using orvmysql::Variant;
 
-// The fixture's complete field arrays, reached without a fixture.
-struct Arrays : DefinitionsTest {
+// The fixtures' complete field arrays, reached without a fixture.
+struct Arrays : MessagingTest {
   using DefinitionsTest::ActivityFields;
   using DefinitionsTest::DefinitionFields;
   using DefinitionsTest::ParameterAddFields;
@@ -35,6 +37,9 @@ struct Arrays : DefinitionsTest {
   using DefinitionsTest::PropertyFields;
   using DefinitionsTest::SwitchFields;
   using DefinitionsTest::TransitionFields;
+  using MessagingTest::Attachment;
+  using MessagingTest::MessageFields;
+  using MessagingTest::Recipient;
 };
 
 template <class T>
@@ -80,6 +85,23 @@ FieldArray Property(const InjectionTargets& t) {
 FieldArray Parameter(const InjectionTargets& t) {
   return Arrays::ParameterAddFields(t.activity, "limit");
 }
+FieldArray Message(const InjectionTargets&) {
+  FieldArray fields = Arrays::MessageFields("Order 7");
+  fields.push_back(1);  // the recipient's DisplayMask, read by Update
+  return fields;
+}
+FieldArray Recipient(const InjectionTargets&) {
+  return Arrays::Recipient("ann", "Ann");
+}
+FieldArray Attachment(const InjectionTargets& t) {
+  return Arrays::Attachment(t.message, 1, "order as text");
+}
+FieldArray Split(const InjectionTargets&) {
+  return {0, "T-1", 0, 1, 67108864, 2};
+}
+FieldArray Thread(const InjectionTargets&) {
+  return {1, 67108864};
+}
 
 // A query with one condition on a text attribute: built in code and written
 // by the library, or a document written by hand with the text in it as it
@@ -107,41 +129,45 @@ std::string HandDocument(const std::string& attribute, orvmysql::ConditionOperat
          "</condition></conditions></conditionexpression></criteria></query>";
 }
 
-// The statement a list operation runs for a filter document.
-using Statement = std::string (*)(const std::string& filter);
+// A list operation that takes a filter document.
+using List = void (*)(const InjectionTargets& t, const std::string& filter);
 
-std::string Workitems(const std::string& filter) {
+// The work-item, process-instance and activity-instance lists run the
+// statements their filters give; until their providers land, the statements
+// are run here as those providers will run them.
+void Workitems(const InjectionTargets& t, const std::string& filter) {
   std::shared_ptr<orvmysql::CAttributes> map;
-  return orvmysql::ParseWorkitemFilter(filter, map);
+  t.handler->Connection()->Execute(orvmysql::ParseWorkitemFilter(filter, map));
 }
-std::string ProcInstances(const std::string& filter) {
+void ProcInstances(const InjectionTargets& t, const std::string& filter) {
   std::shared_ptr<orvmysql::CAttributes> map;
-  return "SELECT ProcInstanceID FROM tblProcessInstance " +
-         orvmysql::ParseProcInstanceFilter(filter, map);
+  t.handler->Connection()->Execute("SELECT ProcInstanceID FROM tblProcessInstance " +
+                                   orvmysql::ParseProcInstanceFilter(filter, map));
 }
-std::string ActivityInstances(const std::string& filter) {
+void ActivityInstances(const InjectionTargets& t, const std::string& filter) {
   std::shared_ptr<orvmysql::CAttributes> map;
-  return "SELECT ActivityInstanceID FROM tblActivityInstance INNER JOIN tblActivities ON "
-         "tblActivityInstance.FKActivityID = tblActivities.ActivityID " +
-         orvmysql::ParseActivityInstanceFilter(filter, map);
+  t.handler->Connection()->Execute(
+      "SELECT ActivityInstanceID FROM tblActivityInstance INNER JOIN tblActivities ON "
+      "tblActivityInstance.FKActivityID = tblActivities.ActivityID " +
+      orvmysql::ParseActivityInstanceFilter(filter, map));
 }
-std::string Messages(const std::string& filter) {
-  std::shared_ptr<orvmysql::CAttributes> map;
-  const orvmysql::MessageFilter parts = orvmysql::ParseMessageFilter(filter, map);
-  return "SELECT " + parts.distinct + " " + parts.columns + " " + parts.from + " " +
-         parts.condition;
+void Messages(const InjectionTargets& t, const std::string& filter) {
+  Source<orvmysql::IMessageDP>(t, 18)->Load(filter);
+}
+void Recipients(const InjectionTargets& t, const std::string& filter) {
+  Source<orvmysql::IMessageDP>(t, 18)->LoadReceipent(filter);
 }
 
 // Four positions per attribute: equal and contains, in a query built in code
 // and in a document written by hand.
-void Filter(std::vector<InjectionPosition>& all, const std::string& list, Statement statement,
+void Filter(std::vector<InjectionPosition>& all, const std::string& name, List list,
             const std::string& attribute) {
   for (auto op : {orvmysql::dcoEqualto, orvmysql::dcoContains}) {
     for (auto document : {&ModelDocument, &HandDocument}) {
-      all.push_back({list + " filter " + attribute + (op == orvmysql::dcoEqualto ? " = " : " ~ ") +
+      all.push_back({name + " filter " + attribute + (op == orvmysql::dcoEqualto ? " = " : " ~ ") +
                          (document == &ModelDocument ? "(query model)" : "(document)"),
                      [=](const InjectionTargets& t, const std::string& text) {
-                       t.handler->Connection()->Execute(statement(document(attribute, op, text)));
+                       list(t, document(attribute, op, text));
                      },
                      document == &HandDocument});
     }
@@ -224,6 +250,71 @@ std::vector<InjectionPosition> AllPositions() {
                              [](IParameterValueDP& p, const InjectionTargets& t,
                                 const FieldArray& f) { p.Update(t.parameter, f); });
 
+  // Splits (15) and threads (17) of parallel routing; a thread's key is the
+  // caller's text.
+  InArray<ISplitInstanceDP>(
+      all, 15, "ISplitInstanceDP::Add", &Split, {1},
+      [](ISplitInstanceDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
+  InArray<ISplitInstanceDP>(all, 15, "ISplitInstanceDP::Update", &Split, {1},
+                            [](ISplitInstanceDP& p, const InjectionTargets& t,
+                               const FieldArray& f) { p.Update(t.split, f); });
+  all.push_back({"IThreadInstanceDP::Add thread id (after Delete)",
+                 [](const InjectionTargets& t, const std::string& text) {
+                   auto threads = Source<IThreadInstanceDP>(t, 17);
+                   threads->Delete(text);
+                   threads->Add(text, Thread(t));
+                 }});
+  all.push_back({"IThreadInstanceDP::Update thread id",
+                 [](const InjectionTargets& t, const std::string& text) {
+                   Source<IThreadInstanceDP>(t, 17)->Update(text, Thread(t));
+                 }});
+  all.push_back({"IThreadInstanceDP::GetByID thread id",
+                 [](const InjectionTargets& t, const std::string& text) {
+                   Source<IThreadInstanceDP>(t, 17)->GetByID(text);
+                 }});
+  all.push_back({"IThreadInstanceDP::GetCurrentState thread id",
+                 [](const InjectionTargets& t, const std::string& text) {
+                   Source<IThreadInstanceDP>(t, 17)->GetCurrentState(text);
+                 }});
+  all.push_back({"IThreadInstanceDP::ChangeState thread id",
+                 [](const InjectionTargets& t, const std::string& text) {
+                   Source<IThreadInstanceDP>(t, 17)->ChangeState(text, 1, true);
+                 }});
+
+  // Messages with their recipients (18) and attachments (19).
+  InArray<IMessageDP>(
+      all, 18, "IMessageDP::Add", &Message, {0, 1, 2, 3, 4, 5, 7},
+      [](IMessageDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
+  InArray<IMessageDP>(all, 18, "IMessageDP::Update", &Message, {0, 1, 2, 3, 4, 5, 7},
+                      [](IMessageDP& p, const InjectionTargets& t, const FieldArray& f) {
+                        p.Update(std::to_string(t.message), f);
+                      });
+  InArray<IMessageDP>(all, 18, "IMessageDP::AddReceipent", &Recipient, {0, 1, 2, 3},
+                      [](IMessageDP& p, const InjectionTargets& t, const FieldArray& f) {
+                        p.AddReceipent(t.message, f);
+                      });
+  all.push_back(
+      {"IMessageDP::DeleteReceipent name", [](const InjectionTargets& t, const std::string& text) {
+         Source<IMessageDP>(t, 18)->DeleteReceipent(t.message, text);
+       }});
+  // The token is read back from the row and written into the copy's
+  // statements. Update makes the message outgoing and new again each time.
+  all.push_back({"IMessageDP::SendMessage stored token",
+                 [](const InjectionTargets& t, const std::string& text) {
+                   auto messages = Source<IMessageDP>(t, 18);
+                   FieldArray fields = Message(t);
+                   fields[7] = text;
+                   messages->Update(std::to_string(t.outgoing), fields);
+                   messages->SendMessage(t.outgoing);
+                 }});
+  InArray<IAttachmentDP>(
+      all, 19, "IAttachmentDP::Add", &Attachment, {1, 2, 3},
+      [](IAttachmentDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
+  InArray<IAttachmentDP>(all, 19, "IAttachmentDP::Update", &Attachment, {1, 2, 3},
+                         [](IAttachmentDP& p, const InjectionTargets& t, const FieldArray& f) {
+                           p.Update(0, t.attachment, f);
+                         });
+
   // The list filters, on a cut and an uncut text attribute each.
   Filter(all, "work items", &Workitems, "Subject");
   Filter(all, "work items", &Workitems, "Note");
@@ -231,9 +322,10 @@ std::vector<InjectionPosition> AllPositions() {
   Filter(all, "process instances", &ProcInstances, "Note");
   Filter(all, "activity instances", &ActivityInstances, "DisplayName");
   Filter(all, "activity instances", &ActivityInstances, "ActivityNote");
-  Filter(all, "messages", &Messages, "Subject");
-  Filter(all, "messages", &Messages, "Message");
-  Filter(all, "messages", &Messages, "RecepientName");
+  Filter(all, "IMessageDP::Load", &Messages, "Subject");
+  Filter(all, "IMessageDP::Load", &Messages, "Message");
+  Filter(all, "IMessageDP::Load", &Messages, "RecepientName");
+  Filter(all, "IMessageDP::LoadReceipent", &Recipients, "RecepientName");
   return all;
 }
 
@@ -266,6 +358,11 @@ InjectionTargets PrepareInjectionTargets(std::shared_ptr<orvmysql::CMYSqlDP> han
   t.process_param = Source<IProcessParamsDP>(t, 24)->Add(ProcessParam(t));
   t.property = Source<IPropertyValueDP>(t, 23)->Add(Property(t));
   t.parameter = Source<IParameterValueDP>(t, 20)->Add(Parameter(t)).ToLong();
+  t.split = Source<ISplitInstanceDP>(t, 15)->Add(Split(t));
+  t.message = Source<IMessageDP>(t, 18)->Add(Message(t));
+  t.outgoing = Source<IMessageDP>(t, 18)->Add(Message(t));
+  Source<IMessageDP>(t, 18)->AddReceipent(t.outgoing, Recipient(t));
+  t.attachment = Source<IAttachmentDP>(t, 19)->Add(Attachment(t));
   return t;
 }
 

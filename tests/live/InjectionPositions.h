@@ -26,6 +26,10 @@ struct InjectionTargets {
   int32_t process_param = 1;
   int32_t property = 1;
   int32_t parameter = 1;
+  int32_t split = 1;
+  int32_t message = 1;
+  int32_t outgoing = 1;  // sent again and again, with one recipient
+  int32_t attachment = 1;
 };
 
 struct InjectionPosition {
