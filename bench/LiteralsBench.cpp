@@ -1,7 +1,7 @@
 // Quoting texts for SQL literals, per call: plain ASCII (the common case),
-// ASCII with quotes and backslashes, multi-byte UTF-8, and a long text cut to
-// 255 characters. BM_CopyOnly copies the same plain text into a new string:
-// the floor any quoting routine stands on. No database is involved.
+// ASCII with quotes and backslashes, multi-byte UTF-8, and a long text whole
+// and cut to 255 characters. BM_CopyOnly copies the short plain text into a
+// new string: the floor any quoting routine stands on. No database is involved.
 
 #include <benchmark/benchmark.h>
 
@@ -28,30 +28,14 @@ void BM_CopyOnly(benchmark::State& state) {
 }
 BENCHMARK(BM_CopyOnly);
 
-void BM_Quote_ShortAscii(benchmark::State& state) {
-  for (auto _ : state) benchmark::DoNotOptimize(orvmysql::GetQuotedString(kShortAscii, true));
+void BM_Quote(benchmark::State& state, const std::string& text, bool limit255) {
+  for (auto _ : state) benchmark::DoNotOptimize(orvmysql::GetQuotedString(text, limit255));
+  state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
 }
-BENCHMARK(BM_Quote_ShortAscii);
-
-void BM_Quote_LongAscii(benchmark::State& state) {
-  for (auto _ : state) benchmark::DoNotOptimize(orvmysql::GetQuotedString(kLongAscii, false));
-  state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(kLongAscii.size()));
-}
-BENCHMARK(BM_Quote_LongAscii);
-
-void BM_Quote_LongAsciiCut255(benchmark::State& state) {
-  for (auto _ : state) benchmark::DoNotOptimize(orvmysql::GetQuotedString(kLongAscii, true));
-}
-BENCHMARK(BM_Quote_LongAsciiCut255);
-
-void BM_Quote_QuotesAndBackslashes(benchmark::State& state) {
-  for (auto _ : state) benchmark::DoNotOptimize(orvmysql::GetQuotedString(kQuotes, true));
-}
-BENCHMARK(BM_Quote_QuotesAndBackslashes);
-
-void BM_Quote_MultiByte(benchmark::State& state) {
-  for (auto _ : state) benchmark::DoNotOptimize(orvmysql::GetQuotedString(kUtf8, true));
-}
-BENCHMARK(BM_Quote_MultiByte);
+BENCHMARK_CAPTURE(BM_Quote, ShortAscii, kShortAscii, true);
+BENCHMARK_CAPTURE(BM_Quote, LongAscii, kLongAscii, false);
+BENCHMARK_CAPTURE(BM_Quote, LongAsciiCut255, kLongAscii, true);
+BENCHMARK_CAPTURE(BM_Quote, QuotesAndBackslashes, kQuotes, true);
+BENCHMARK_CAPTURE(BM_Quote, MultiByte, kUtf8, true);
 
 }  // namespace

@@ -34,15 +34,11 @@ struct Payload {
   bool utf8;  // well-formed UTF-8; anything else must be refused
 };
 
-std::string Repeat(const std::string& unit, int times) {
-  std::string text;
-  for (int i = 0; i < times; ++i) text += unit;
-  return text;
-}
-
 std::vector<Payload> Corpus() {
   using namespace std::string_literals;
   const std::string a254(254, 'a');
+  std::string accents;
+  for (int i = 0; i < 254; ++i) accents += "\xC3\xA9";
   return {
       {"apostrophe", "O'Brien", true},
       {"lone apostrophe", "'", true},
@@ -77,7 +73,7 @@ std::vector<Payload> Corpus() {
       {"cut at an apostrophe", a254 + "' OR 1=1 -- ", true},
       {"pair fills the cut", std::string(253, 'a') + "' OR 1=1 -- ", true},
       {"cut at a backslash", a254 + "\\' OR 1=1 -- ", true},
-      {"cut after multi-byte", Repeat("\xC3\xA9", 254) + "\\' OR 1=1 -- ", true},
+      {"cut after multi-byte", accents + "\\' OR 1=1 -- ", true},
       {"300 apostrophes", std::string(300, '\''), true},
       {"301 backslashes", std::string(301, '\\'), true},
       {"blanks around", "  '  ", true},
@@ -109,7 +105,6 @@ const std::vector<std::string> kDigestOptions = {
 };
 
 constexpr std::string_view kCharsetCheck = "SELECT @@character_set_client";
-constexpr std::string_view kMark = "SELECT 1 AS statement_log_mark";
 
 // A client of its own (Connector/C directly, so that it also works where the
 // library refuses the server) that reads what the other clients ran.
@@ -120,42 +115,32 @@ class StatementLog {
                             0, server.socket.c_str(), 0)) {
       throw std::runtime_error(mysql_error(db_));
     }
-    thread_ = Column(
-        "SELECT THREAD_ID FROM performance_schema.threads WHERE PROCESSLIST_ID = "
-        "CONNECTION_ID()")[0];
+    thread_ =
+        Run("SELECT THREAD_ID FROM performance_schema.threads WHERE PROCESSLIST_ID = "
+            "CONNECTION_ID()")[0];
   }
   ~StatementLog() { mysql_close(db_); }
   StatementLog(const StatementLog&) = delete;
   StatementLog& operator=(const StatementLog&) = delete;
 
-  void Exec(const std::string& sql) {
+  // Runs a statement; the first column of every row it returns.
+  std::vector<std::string> Run(const std::string& sql) {
     if (mysql_real_query(db_, sql.data(), sql.size()) != 0) {
       throw std::runtime_error(sql + ": " + mysql_error(db_));
     }
-    if (MYSQL_RES* result = mysql_store_result(db_)) mysql_free_result(result);
-  }
-
-  // The first column of every row.
-  std::vector<std::string> Column(const std::string& sql) {
-    if (mysql_real_query(db_, sql.data(), sql.size()) != 0) {
-      throw std::runtime_error(sql + ": " + mysql_error(db_));
-    }
-    MYSQL_RES* result = mysql_store_result(db_);
     std::vector<std::string> values;
-    while (MYSQL_ROW row = mysql_fetch_row(result)) values.emplace_back(row[0] ? row[0] : "NULL");
-    mysql_free_result(result);
+    if (MYSQL_RES* result = mysql_store_result(db_)) {
+      while (MYSQL_ROW row = mysql_fetch_row(result)) values.emplace_back(row[0] ? row[0] : "NULL");
+      mysql_free_result(result);
+    }
     return values;
   }
 
   // Starts a new stretch of the log: what other clients run from now on.
-  // The event of an earlier statement may land later, but it started before
-  // the mark did.
   void Mark() {
-    Exec(std::string(kMark));
-    mark_ = Column(
-                "SELECT MAX(TIMER_START) FROM performance_schema.events_statements_history_long "
-                "WHERE THREAD_ID = " +
-                thread_ + " AND SQL_TEXT = '" + std::string(kMark) + "'")
+    Settle();
+    mark_ = Run("SELECT IFNULL(MAX(TIMER_START), 0) FROM "
+                "performance_schema.events_statements_history_long")
                 .front();
   }
 
@@ -176,13 +161,12 @@ class StatementLog {
 
   // Connections accepted so far and the key counters of the database.
   std::string Snapshot(const std::string& database) {
-    return Column(
-               "SELECT VARIABLE_VALUE FROM information_schema.GLOBAL_STATUS WHERE VARIABLE_NAME "
+    return Run("SELECT VARIABLE_VALUE FROM information_schema.GLOBAL_STATUS WHERE VARIABLE_NAME "
                "= 'CONNECTIONS'")
                .front() +
            "/" +
-           Column("SELECT GROUP_CONCAT(LastAllocatedKey ORDER BY EntityTypeCode) FROM `" +
-                  database + "`.tblKeyGen")
+           Run("SELECT GROUP_CONCAT(LastAllocatedKey ORDER BY EntityTypeCode) FROM `" + database +
+               "`.tblKeyGen")
                .front();
   }
 
@@ -192,9 +176,9 @@ class StatementLog {
   // library outside a session) have disconnected, their events are all in.
   void Settle() {
     for (int attempt = 0; attempt < 500; ++attempt) {
-      if (Column("SELECT COUNT(*) FROM performance_schema.threads WHERE TYPE = 'FOREGROUND' "
-                 "AND THREAD_ID <> " +
-                 thread_)
+      if (Run("SELECT COUNT(*) FROM performance_schema.threads WHERE TYPE = 'FOREGROUND' "
+              "AND THREAD_ID <> " +
+              thread_)
               .front() == "0") {
         return;
       }
@@ -206,10 +190,10 @@ class StatementLog {
   // The value of each statement (commands such as Quit have no text) that
   // other clients ran since the mark, in order.
   std::vector<std::string> Others(const std::string& value) {
-    return Column("SELECT " + value +
-                  " FROM performance_schema.events_statements_history_long WHERE THREAD_ID <> " +
-                  thread_ + " AND SQL_TEXT IS NOT NULL AND TIMER_START > " + mark_ +
-                  " ORDER BY TIMER_START, EVENT_ID");
+    return Run("SELECT " + value +
+               " FROM performance_schema.events_statements_history_long WHERE THREAD_ID <> " +
+               thread_ + " AND SQL_TEXT IS NOT NULL AND TIMER_START > " + mark_ +
+               " ORDER BY TIMER_START, EVENT_ID");
   }
 
   MYSQL* db_;
@@ -321,7 +305,7 @@ TEST(InjectionLive, NoPayloadChangesAStatementInDefaultAndNoBackslashEscapesMode
   EXPECT_EQ(plain.changed, 0);
 
   // New sessions start without backslash escapes; the library turns them back on.
-  log.Exec("SET GLOBAL sql_mode = CONCAT(@@GLOBAL.sql_mode, ',NO_BACKSLASH_ESCAPES')");
+  log.Run("SET GLOBAL sql_mode = CONCAT(@@GLOBAL.sql_mode, ',NO_BACKSLASH_ESCAPES')");
   const Tally no_backslash = Replay(log, targets, database);
   Report("no_backslash_escapes", no_backslash);
   EXPECT_EQ(no_backslash.changed, 0);
@@ -334,7 +318,7 @@ TEST(InjectionLive, ServerForcingGbkIsRefusedBeforeAnyStatementOfTheCaller) {
   options.push_back("--skip-character-set-client-handshake");
   const auto server = DevServer::AcquirePrivate(options);
   StatementLog log(server->Address());
-  log.Exec("CREATE DATABASE injection");
+  log.Run("CREATE DATABASE injection");
   InjectionTargets targets;
   targets.handler = HandlerOn(server->Address(), "injection");
 

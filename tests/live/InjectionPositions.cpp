@@ -1,18 +1,19 @@
 // The text positions of every provider, for the injection replay.
 //
-// To add a provider's positions, append to the list in InjectionPositions():
-// - Texts in a field array: one InArray<Interface>(all, code, "Interface::Op",
-//   base, {positions...}, call) entry per operation, where base builds a
-//   complete array that the operation accepts for the targets and call runs
-//   the operation with the array. Each listed position becomes one position.
-// - Any other text argument: all.push_back({"Interface::Op argument",
-//   [](const InjectionTargets& t, const std::string& text) { ... }}).
+// To add a provider's positions, add one entry per operation to AllPositions():
+// - Texts in a field array: Adds<Interface>(all, code, "Interface", base,
+//   {positions...}) for Add(fields), Updates<...>(..., &InjectionTargets::key)
+//   for Update(key, fields), or InArray<Interface>(all, code, "Interface::Op",
+//   base, {positions...}, call) for any other signature. base builds a
+//   complete array that the operation accepts; each listed position becomes
+//   one position of the replay.
+// - Any other text argument: Argument<Interface>(all, code, "Interface::Op
+//   argument", [](auto& p, const auto& t, const auto& text) { ... }).
 // A provider whose rows need other rows adds their keys to InjectionTargets
 // and creates them in PrepareInjectionTargets.
 
 #include "live/InjectionPositions.h"
 
-#include <initializer_list>
 #include <stdexcept>
 
 #include "live/MessagingFixture.h"
@@ -50,10 +51,11 @@ std::shared_ptr<T> Source(const InjectionTargets& t, int32_t code) {
 }
 
 using Base = FieldArray (*)(const InjectionTargets&);
+using Positions = std::vector<std::size_t>;
 
 template <class T, class Call>
 void InArray(std::vector<InjectionPosition>& all, int32_t code, const std::string& operation,
-             Base base, std::initializer_list<std::size_t> positions, Call call) {
+             Base base, const Positions& positions, Call call) {
   for (std::size_t pos : positions) {
     all.push_back({operation + " [" + std::to_string(pos) + "]",
                    [=](const InjectionTargets& t, const std::string& text) {
@@ -62,6 +64,29 @@ void InArray(std::vector<InjectionPosition>& all, int32_t code, const std::strin
                      call(*Source<T>(t, code), t, fields);
                    }});
   }
+}
+
+// Add(fields), and Update(key of the target row, fields), of the provider.
+template <class T>
+void Adds(std::vector<InjectionPosition>& all, int32_t code, const std::string& provider, Base base,
+          const Positions& positions) {
+  InArray<T>(all, code, provider + "::Add", base, positions,
+             [](T& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
+}
+template <class T>
+void Updates(std::vector<InjectionPosition>& all, int32_t code, const std::string& provider,
+             Base base, const Positions& positions, int32_t InjectionTargets::*key) {
+  InArray<T>(all, code, provider + "::Update", base, positions,
+             [key](T& p, const InjectionTargets& t, const FieldArray& f) { p.Update(t.*key, f); });
+}
+
+// A text argument of an operation other than a field array.
+template <class T>
+void Argument(std::vector<InjectionPosition>& all, int32_t code, const std::string& name,
+              void (*call)(T& p, const InjectionTargets& t, const std::string& text)) {
+  all.push_back({name, [=](const InjectionTargets& t, const std::string& text) {
+                   call(*Source<T>(t, code), t, text);
+                 }});
 }
 
 FieldArray Definition(const InjectionTargets&) {
@@ -179,113 +204,71 @@ std::vector<InjectionPosition> AllPositions() {
   std::vector<InjectionPosition> all;
   // Definitions (4), activities (7), transitions (5), switches (6), process
   // parameters (24), property bags (23), parameter bags (20).
-  const auto definition_add = [](IOrvDefinitionsDP& p, const InjectionTargets&,
-                                 const FieldArray& f) { p.Add(f); };
-  const auto definition_update = [](IOrvDefinitionsDP& p, const InjectionTargets& t,
-                                    const FieldArray& f) { p.Update(t.definition, f); };
-  InArray<IOrvDefinitionsDP>(all, 4, "IOrvDefinitionsDP::Add", &Definition,
-                             {0, 1, 5, 6, 7, 8, 9, 10, 22, 23}, definition_add);
-  InArray<IOrvDefinitionsDP>(all, 4, "IOrvDefinitionsDP::Update", &Definition,
-                             {0, 1, 5, 6, 7, 8, 9, 10, 22, 23}, definition_update);
-  all.push_back({"IOrvDefinitionsDP::WorkflowDefinitionExist name",
-                 [](const InjectionTargets& t, const std::string& text) {
-                   Source<IOrvDefinitionsDP>(t, 4)->WorkflowDefinitionExist(text, t.definition);
-                 }});
-
-  InArray<IActivitiesDP>(
-      all, 7, "IActivitiesDP::Add", &Activity, {0, 1, 11, 12, 13, 15},
-      [](IActivitiesDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
+  const Positions definition_texts{0, 1, 5, 6, 7, 8, 9, 10, 22, 23};
+  Adds<IOrvDefinitionsDP>(all, 4, "IOrvDefinitionsDP", &Definition, definition_texts);
+  Updates<IOrvDefinitionsDP>(all, 4, "IOrvDefinitionsDP", &Definition, definition_texts,
+                             &InjectionTargets::definition);
+  Argument<IOrvDefinitionsDP>(all, 4, "IOrvDefinitionsDP::WorkflowDefinitionExist name",
+                              [](auto& p, const auto& t, const auto& text) {
+                                p.WorkflowDefinitionExist(text, t.definition);
+                              });
+  Adds<IActivitiesDP>(all, 7, "IActivitiesDP", &Activity, {0, 1, 11, 12, 13, 15});
   InArray<IActivitiesDP>(all, 7, "IActivitiesDP::Update", &Activity, {0, 1, 11, 12, 13, 15},
                          [](IActivitiesDP& p, const InjectionTargets& t, const FieldArray& f) {
                            p.Update(t.definition, t.activity_identifier, f);
                          });
-  all.push_back(
-      {"IActivitiesDP::Update identifier", [](const InjectionTargets& t, const std::string& text) {
-         Source<IActivitiesDP>(t, 7)->Update(t.definition, text, Activity(t));
-       }});
-  all.push_back(
-      {"IActivitiesDP::ActivityExist name", [](const InjectionTargets& t, const std::string& text) {
-         Source<IActivitiesDP>(t, 7)->ActivityExist(text, t.definition, t.activity);
-       }});
-
-  InArray<ITransitionsDP>(
-      all, 5, "ITransitionsDP::Add", &Transition, {4, 6},
-      [](ITransitionsDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
-  InArray<ITransitionsDP>(all, 5, "ITransitionsDP::Update", &Transition, {4, 6},
-                          [](ITransitionsDP& p, const InjectionTargets& t, const FieldArray& f) {
-                            p.Update(t.transition, f);
+  Argument<IActivitiesDP>(
+      all, 7, "IActivitiesDP::Update identifier",
+      [](auto& p, const auto& t, const auto& text) { p.Update(t.definition, text, Activity(t)); });
+  Argument<IActivitiesDP>(all, 7, "IActivitiesDP::ActivityExist name",
+                          [](auto& p, const auto& t, const auto& text) {
+                            p.ActivityExist(text, t.definition, t.activity);
                           });
-  InArray<ISwitchesDP>(
-      all, 6, "ISwitchesDP::Add", &Switch, {1, 3},
-      [](ISwitchesDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
-  InArray<ISwitchesDP>(all, 6, "ISwitchesDP::Update", &Switch, {1, 3},
-                       [](ISwitchesDP& p, const InjectionTargets& t, const FieldArray& f) {
-                         p.Update(t.switch_row, f);
-                       });
-
-  InArray<IProcessParamsDP>(
-      all, 24, "IProcessParamsDP::Add", &ProcessParam, {1, 2, 4, 10, 11, 12, 13},
-      [](IProcessParamsDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
-  InArray<IProcessParamsDP>(all, 24, "IProcessParamsDP::Update", &ProcessParam,
-                            {1, 2, 4, 10, 11, 12, 13},
-                            [](IProcessParamsDP& p, const InjectionTargets& t,
-                               const FieldArray& f) { p.Update(t.process_param, f); });
-  all.push_back({"IProcessParamsDP::ParameterExist name",
-                 [](const InjectionTargets& t, const std::string& text) {
-                   Source<IProcessParamsDP>(t, 24)->ParameterExist(text, t.definition);
-                 }});
-
-  InArray<IPropertyValueDP>(
-      all, 23, "IPropertyValueDP::Add", &Property, {1, 2, 3, 5, 9, 10, 11, 12, 13},
-      [](IPropertyValueDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
-  InArray<IPropertyValueDP>(all, 23, "IPropertyValueDP::Update", &Property,
-                            {1, 2, 3, 5, 9, 10, 11, 12, 13},
-                            [](IPropertyValueDP& p, const InjectionTargets& t,
-                               const FieldArray& f) { p.Update(t.property, f); });
-  InArray<IParameterValueDP>(
-      all, 20, "IParameterValueDP::Add (activity)", &Parameter, {1, 2, 3, 9, 10, 11, 12, 13},
-      [](IParameterValueDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
-  InArray<IParameterValueDP>(all, 20, "IParameterValueDP::Update (activity)", &Parameter,
-                             {1, 2, 8, 9, 10, 11, 12},
-                             [](IParameterValueDP& p, const InjectionTargets& t,
-                                const FieldArray& f) { p.Update(t.parameter, f); });
+  Adds<ITransitionsDP>(all, 5, "ITransitionsDP", &Transition, {4, 6});
+  Updates<ITransitionsDP>(all, 5, "ITransitionsDP", &Transition, {4, 6},
+                          &InjectionTargets::transition);
+  Adds<ISwitchesDP>(all, 6, "ISwitchesDP", &Switch, {1, 3});
+  Updates<ISwitchesDP>(all, 6, "ISwitchesDP", &Switch, {1, 3}, &InjectionTargets::switch_row);
+  const Positions parameter_texts{1, 2, 4, 10, 11, 12, 13};
+  Adds<IProcessParamsDP>(all, 24, "IProcessParamsDP", &ProcessParam, parameter_texts);
+  Updates<IProcessParamsDP>(all, 24, "IProcessParamsDP", &ProcessParam, parameter_texts,
+                            &InjectionTargets::process_param);
+  Argument<IProcessParamsDP>(
+      all, 24, "IProcessParamsDP::ParameterExist name",
+      [](auto& p, const auto& t, const auto& text) { p.ParameterExist(text, t.definition); });
+  const Positions property_texts{1, 2, 3, 5, 9, 10, 11, 12, 13};
+  Adds<IPropertyValueDP>(all, 23, "IPropertyValueDP", &Property, property_texts);
+  Updates<IPropertyValueDP>(all, 23, "IPropertyValueDP", &Property, property_texts,
+                            &InjectionTargets::property);
+  Adds<IParameterValueDP>(all, 20, "IParameterValueDP", &Parameter, {1, 2, 3, 9, 10, 11, 12, 13});
+  Updates<IParameterValueDP>(all, 20, "IParameterValueDP", &Parameter, {1, 2, 8, 9, 10, 11, 12},
+                             &InjectionTargets::parameter);
 
   // Splits (15) and threads (17) of parallel routing; a thread's key is the
-  // caller's text.
-  InArray<ISplitInstanceDP>(
-      all, 15, "ISplitInstanceDP::Add", &Split, {1},
-      [](ISplitInstanceDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
-  InArray<ISplitInstanceDP>(all, 15, "ISplitInstanceDP::Update", &Split, {1},
-                            [](ISplitInstanceDP& p, const InjectionTargets& t,
-                               const FieldArray& f) { p.Update(t.split, f); });
-  all.push_back({"IThreadInstanceDP::Add thread id (after Delete)",
-                 [](const InjectionTargets& t, const std::string& text) {
-                   auto threads = Source<IThreadInstanceDP>(t, 17);
-                   threads->Delete(text);
-                   threads->Add(text, Thread(t));
-                 }});
-  all.push_back({"IThreadInstanceDP::Update thread id",
-                 [](const InjectionTargets& t, const std::string& text) {
-                   Source<IThreadInstanceDP>(t, 17)->Update(text, Thread(t));
-                 }});
-  all.push_back({"IThreadInstanceDP::GetByID thread id",
-                 [](const InjectionTargets& t, const std::string& text) {
-                   Source<IThreadInstanceDP>(t, 17)->GetByID(text);
-                 }});
-  all.push_back({"IThreadInstanceDP::GetCurrentState thread id",
-                 [](const InjectionTargets& t, const std::string& text) {
-                   Source<IThreadInstanceDP>(t, 17)->GetCurrentState(text);
-                 }});
-  all.push_back({"IThreadInstanceDP::ChangeState thread id",
-                 [](const InjectionTargets& t, const std::string& text) {
-                   Source<IThreadInstanceDP>(t, 17)->ChangeState(text, 1, true);
-                 }});
+  // caller's text (Add deletes the thread first, so that it never exists).
+  Adds<ISplitInstanceDP>(all, 15, "ISplitInstanceDP", &Split, {1});
+  Updates<ISplitInstanceDP>(all, 15, "ISplitInstanceDP", &Split, {1}, &InjectionTargets::split);
+  Argument<IThreadInstanceDP>(all, 17, "IThreadInstanceDP::Add thread id",
+                              [](auto& p, const auto& t, const auto& text) {
+                                p.Delete(text);
+                                p.Add(text, Thread(t));
+                              });
+  Argument<IThreadInstanceDP>(
+      all, 17, "IThreadInstanceDP::Update thread id",
+      [](auto& p, const auto& t, const auto& text) { p.Update(text, Thread(t)); });
+  Argument<IThreadInstanceDP>(all, 17, "IThreadInstanceDP::GetByID thread id",
+                              [](auto& p, const auto&, const auto& text) { p.GetByID(text); });
+  Argument<IThreadInstanceDP>(
+      all, 17, "IThreadInstanceDP::GetCurrentState thread id",
+      [](auto& p, const auto&, const auto& text) { p.GetCurrentState(text); });
+  Argument<IThreadInstanceDP>(
+      all, 17, "IThreadInstanceDP::ChangeState thread id",
+      [](auto& p, const auto&, const auto& text) { p.ChangeState(text, 1, true); });
 
   // Messages with their recipients (18) and attachments (19).
-  InArray<IMessageDP>(
-      all, 18, "IMessageDP::Add", &Message, {0, 1, 2, 3, 4, 5, 7},
-      [](IMessageDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
-  InArray<IMessageDP>(all, 18, "IMessageDP::Update", &Message, {0, 1, 2, 3, 4, 5, 7},
+  const Positions message_texts{0, 1, 2, 3, 4, 5, 7};
+  Adds<IMessageDP>(all, 18, "IMessageDP", &Message, message_texts);
+  InArray<IMessageDP>(all, 18, "IMessageDP::Update", &Message, message_texts,
                       [](IMessageDP& p, const InjectionTargets& t, const FieldArray& f) {
                         p.Update(std::to_string(t.message), f);
                       });
@@ -293,23 +276,19 @@ std::vector<InjectionPosition> AllPositions() {
                       [](IMessageDP& p, const InjectionTargets& t, const FieldArray& f) {
                         p.AddReceipent(t.message, f);
                       });
-  all.push_back(
-      {"IMessageDP::DeleteReceipent name", [](const InjectionTargets& t, const std::string& text) {
-         Source<IMessageDP>(t, 18)->DeleteReceipent(t.message, text);
-       }});
+  Argument<IMessageDP>(
+      all, 18, "IMessageDP::DeleteReceipent name",
+      [](auto& p, const auto& t, const auto& text) { p.DeleteReceipent(t.message, text); });
   // The token is read back from the row and written into the copy's
   // statements. Update makes the message outgoing and new again each time.
-  all.push_back({"IMessageDP::SendMessage stored token",
-                 [](const InjectionTargets& t, const std::string& text) {
-                   auto messages = Source<IMessageDP>(t, 18);
-                   FieldArray fields = Message(t);
-                   fields[7] = text;
-                   messages->Update(std::to_string(t.outgoing), fields);
-                   messages->SendMessage(t.outgoing);
-                 }});
-  InArray<IAttachmentDP>(
-      all, 19, "IAttachmentDP::Add", &Attachment, {1, 2, 3},
-      [](IAttachmentDP& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
+  Argument<IMessageDP>(all, 18, "IMessageDP::SendMessage stored token",
+                       [](auto& p, const auto& t, const auto& text) {
+                         FieldArray fields = Message(t);
+                         fields[7] = text;
+                         p.Update(std::to_string(t.outgoing), fields);
+                         p.SendMessage(t.outgoing);
+                       });
+  Adds<IAttachmentDP>(all, 19, "IAttachmentDP", &Attachment, {1, 2, 3});
   InArray<IAttachmentDP>(all, 19, "IAttachmentDP::Update", &Attachment, {1, 2, 3},
                          [](IAttachmentDP& p, const InjectionTargets& t, const FieldArray& f) {
                            p.Update(0, t.attachment, f);
