@@ -17,11 +17,12 @@
 #include <stdexcept>
 
 #include "live/MessagingFixture.h"
+#include "live/RuntimeFixture.h"
 #include "orvmysql/Definitions.h"
 #include "orvmysql/Messaging.h"
 #include "orvmysql/Query.h"
 #include "orvmysql/Routing.h"
-#include "query/EntityFilters.h"
+#include "orvmysql/Runtime.h"
 
 namespace orvtest {
 namespace {
@@ -30,17 +31,20 @@ using orvmysql::FieldArray;
 using orvmysql::Variant;
 
 // The fixtures' complete field arrays, reached without a fixture.
-struct Arrays : MessagingTest {
-  using DefinitionsTest::ActivityFields;
-  using DefinitionsTest::DefinitionFields;
-  using DefinitionsTest::ParameterAddFields;
-  using DefinitionsTest::ProcessParamFields;
-  using DefinitionsTest::PropertyFields;
-  using DefinitionsTest::SwitchFields;
-  using DefinitionsTest::TransitionFields;
+struct Arrays : MessagingTest, RuntimeTest {
+  using MessagingTest::ActivityFields;
   using MessagingTest::Attachment;
+  using MessagingTest::DefinitionFields;
   using MessagingTest::MessageFields;
+  using MessagingTest::ParameterAddFields;
+  using MessagingTest::ProcessParamFields;
+  using MessagingTest::PropertyFields;
   using MessagingTest::Recipient;
+  using MessagingTest::SwitchFields;
+  using MessagingTest::TransitionFields;
+  using RuntimeTest::ActivityInstanceFields;
+  using RuntimeTest::ProcessFields;
+  using RuntimeTest::WorkitemFields;
 };
 
 template <class T>
@@ -127,6 +131,15 @@ FieldArray Split(const InjectionTargets&) {
 FieldArray Thread(const InjectionTargets&) {
   return {1, 67108864};
 }
+FieldArray Process(const InjectionTargets& t) {
+  return Arrays::ProcessFields("guid-1", t.definition, 0);
+}
+FieldArray ActivityInstance(const InjectionTargets& t) {
+  return Arrays::ActivityInstanceFields(t.process, t.activity, "Review");
+}
+FieldArray Workitem(const InjectionTargets& t) {
+  return Arrays::WorkitemFields(t.process, t.activity_instance, "ann");
+}
 
 // A query with one condition on a text attribute: built in code and written
 // by the library, or a document written by hand with the text in it as it
@@ -157,24 +170,14 @@ std::string HandDocument(const std::string& attribute, orvmysql::ConditionOperat
 // A list operation that takes a filter document.
 using List = void (*)(const InjectionTargets& t, const std::string& filter);
 
-// The work-item, process-instance and activity-instance lists run the
-// statements their filters give; until their providers land, the statements
-// are run here as those providers will run them.
 void Workitems(const InjectionTargets& t, const std::string& filter) {
-  std::shared_ptr<orvmysql::CAttributes> map;
-  t.handler->Connection()->Execute(orvmysql::ParseWorkitemFilter(filter, map));
+  Source<orvmysql::IWorkitemsDP>(t, 10)->Load(filter);
 }
 void ProcInstances(const InjectionTargets& t, const std::string& filter) {
-  std::shared_ptr<orvmysql::CAttributes> map;
-  t.handler->Connection()->Execute("SELECT ProcInstanceID FROM tblProcessInstance " +
-                                   orvmysql::ParseProcInstanceFilter(filter, map));
+  Source<orvmysql::IProcInstanceDP>(t, 11)->Load(filter);
 }
 void ActivityInstances(const InjectionTargets& t, const std::string& filter) {
-  std::shared_ptr<orvmysql::CAttributes> map;
-  t.handler->Connection()->Execute(
-      "SELECT ActivityInstanceID FROM tblActivityInstance INNER JOIN tblActivities ON "
-      "tblActivityInstance.FKActivityID = tblActivities.ActivityID " +
-      orvmysql::ParseActivityInstanceFilter(filter, map));
+  Source<orvmysql::IActivityInstanceDP>(t, 14)->Load(filter);
 }
 void Messages(const InjectionTargets& t, const std::string& filter) {
   Source<orvmysql::IMessageDP>(t, 18)->Load(filter);
@@ -294,13 +297,31 @@ std::vector<InjectionPosition> AllPositions() {
                            p.Update(0, t.attachment, f);
                          });
 
+  // Process instances (11), activity instances (14) and work items (10).
+  const Positions process_texts{0, 3, 8, 10, 11, 15};
+  Adds<IProcInstanceDP>(all, 11, "IProcInstanceDP", &Process, process_texts);
+  Updates<IProcInstanceDP>(all, 11, "IProcInstanceDP", &Process, process_texts,
+                           &InjectionTargets::process);
+  const Positions task_texts{3, 8, 9, 10, 12, 13, 14, 17, 18, 24};
+  Adds<IActivityInstanceDP>(all, 14, "IActivityInstanceDP", &ActivityInstance, task_texts);
+  Updates<IActivityInstanceDP>(all, 14, "IActivityInstanceDP", &ActivityInstance, task_texts,
+                               &InjectionTargets::activity_instance);
+  Argument<IActivityInstanceDP>(all, 14, "IActivityInstanceDP::ChangeAIState note",
+                                [](auto& p, const auto& t, const auto& text) {
+                                  p.ChangeAIState(t.activity_instance, 0, 67108864, false, text);
+                                });
+  const Positions workitem_texts{4, 5, 6, 7, 8};
+  Adds<IWorkitemsDP>(all, 10, "IWorkitemsDP", &Workitem, workitem_texts);
+  Updates<IWorkitemsDP>(all, 10, "IWorkitemsDP", &Workitem, workitem_texts,
+                        &InjectionTargets::workitem);
+
   // The list filters, on a cut and an uncut text attribute each.
-  Filter(all, "work items", &Workitems, "Subject");
-  Filter(all, "work items", &Workitems, "Note");
-  Filter(all, "process instances", &ProcInstances, "ProcInstanceName");
-  Filter(all, "process instances", &ProcInstances, "Note");
-  Filter(all, "activity instances", &ActivityInstances, "DisplayName");
-  Filter(all, "activity instances", &ActivityInstances, "ActivityNote");
+  Filter(all, "IWorkitemsDP::Load", &Workitems, "Subject");
+  Filter(all, "IWorkitemsDP::Load", &Workitems, "Note");
+  Filter(all, "IProcInstanceDP::Load", &ProcInstances, "ProcInstanceName");
+  Filter(all, "IProcInstanceDP::Load", &ProcInstances, "Note");
+  Filter(all, "IActivityInstanceDP::Load", &ActivityInstances, "DisplayName");
+  Filter(all, "IActivityInstanceDP::Load", &ActivityInstances, "ActivityNote");
   Filter(all, "IMessageDP::Load", &Messages, "Subject");
   Filter(all, "IMessageDP::Load", &Messages, "Message");
   Filter(all, "IMessageDP::Load", &Messages, "RecepientName");
@@ -342,6 +363,16 @@ InjectionTargets PrepareInjectionTargets(std::shared_ptr<orvmysql::CMYSqlDP> han
   t.outgoing = Source<IMessageDP>(t, 18)->Add(Message(t));
   Source<IMessageDP>(t, 18)->AddReceipent(t.outgoing, Recipient(t));
   t.attachment = Source<IAttachmentDP>(t, 19)->Add(Attachment(t));
+  const auto newest = [&](const std::string& key, const std::string& table) {
+    return std::stoi(
+        t.handler->Connection()->ExecuteScalar("SELECT MAX(" + key + ") FROM " + table, "0"));
+  };
+  Source<IProcInstanceDP>(t, 11)->Add(Process(t));
+  t.process = newest("ProcInstanceID", "tblProcessInstance");
+  Source<IActivityInstanceDP>(t, 14)->Add(ActivityInstance(t));
+  t.activity_instance = newest("ActivityInstanceID", "tblActivityInstance");
+  Source<IWorkitemsDP>(t, 10)->Add(Workitem(t));
+  t.workitem = newest("WorkitemID", "tblWorkitems");
   return t;
 }
 

@@ -30,6 +30,9 @@ struct InjectionTargets {
   int32_t message = 1;
   int32_t outgoing = 1;  // sent again and again, with one recipient
   int32_t attachment = 1;
+  int32_t process = 1;
+  int32_t activity_instance = 1;
+  int32_t workitem = 1;
 };
 
 struct InjectionPosition {
