@@ -1,12 +1,12 @@
 // Replays an injection corpus through every text position of every provider
-// (InjectionPositions.cpp) against private servers that record statement
-// digests (performance_schema), and compares the digests of each run with
-// those of a plain text in the same position: no payload may change the shape
-// of a statement. Text that is not UTF-8 must be refused before the library
-// connects, so that no statement runs and no key is used up. The same replay
-// runs with NO_BACKSLASH_ESCAPES as the server's global mode, and against a
-// server that forces GBK on its clients, where every connect must be refused
-// before any statement of the caller runs.
+// (the groups registered with InjectionPositions.h) against private servers
+// that record statement digests (performance_schema), and compares the
+// digests of each run with those of a plain text in the same position: no
+// payload may change the shape of a statement. Text that is not UTF-8 must be
+// refused before the library connects, so that no statement runs and no key
+// is used up. The same replay runs with NO_BACKSLASH_ESCAPES as the server's
+// global mode, and against a server that forces GBK on its clients, where
+// every connect must be refused before any statement of the caller runs.
 
 #include <gtest/gtest.h>
 #include <mysql.h>
@@ -79,6 +79,8 @@ std::vector<Payload> Corpus() {
       {"blanks around", "  '  ", true},
       {"C3 before apostrophe", "\xC3' OR 1=1 -- ", false},
       {"C3 before backslash", "\xC3\\' OR 1=1 -- ", false},
+      {"C3 version oracle", "\xC3' OR (SELECT @@version) LIKE '1%' -- ", false},
+      {"C3 stores into another column", "\xC3\\', Layout = CONCAT(USER(), @@datadir) -- ", false},
       {"cut-short 3 bytes", "\xE2\x82' OR 1=1 -- ", false},
       {"cut-short 4 bytes", "\xF0\x9F\x98' OR '1'='1", false},
       {"GBK pair BF 5C", "\xBF\\' OR 1=1 -- ", false},

@@ -1,20 +1,11 @@
-// The text positions of every provider, for the injection replay.
-//
-// To add a provider's positions, add one entry per operation to AllPositions():
-// - Texts in a field array: Adds<Interface>(all, code, "Interface", base,
-//   {positions...}) for Add(fields), Updates<...>(..., &InjectionTargets::key)
-//   for Update(key, fields), or InArray<Interface>(all, code, "Interface::Op",
-//   base, {positions...}, call) for any other signature. base builds a
-//   complete array that the operation accepts; each listed position becomes
-//   one position of the replay.
-// - Any other text argument: Argument<Interface>(all, code, "Interface::Op
-//   argument", [](auto& p, const auto& t, const auto& text) { ... }).
-// A provider whose rows need other rows adds their keys to InjectionTargets
-// and creates them in PrepareInjectionTargets.
+// The registry of the injection replay's positions, the shared rows they
+// refer to, and the groups of the providers built so far. A provider built
+// later registers its group from a file of its own (see InjectionPositions.h).
 
 #include "live/InjectionPositions.h"
 
-#include <stdexcept>
+#include <algorithm>
+#include <utility>
 
 #include "live/MessagingFixture.h"
 #include "live/RuntimeFixture.h"
@@ -29,6 +20,11 @@ namespace {
 
 using orvmysql::FieldArray;
 using orvmysql::Variant;
+
+std::vector<InjectionGroup>& Groups() {
+  static std::vector<InjectionGroup> groups;
+  return groups;
+}
 
 // The fixtures' complete field arrays, reached without a fixture.
 struct Arrays : MessagingTest, RuntimeTest {
@@ -46,52 +42,6 @@ struct Arrays : MessagingTest, RuntimeTest {
   using RuntimeTest::ProcessFields;
   using RuntimeTest::WorkitemFields;
 };
-
-template <class T>
-std::shared_ptr<T> Source(const InjectionTargets& t, int32_t code) {
-  auto typed = std::dynamic_pointer_cast<T>(t.handler->GetDataSource(code));
-  if (!typed) throw std::runtime_error("provider lacks the requested interface");
-  return typed;
-}
-
-using Base = FieldArray (*)(const InjectionTargets&);
-using Positions = std::vector<std::size_t>;
-
-template <class T, class Call>
-void InArray(std::vector<InjectionPosition>& all, int32_t code, const std::string& operation,
-             Base base, const Positions& positions, Call call) {
-  for (std::size_t pos : positions) {
-    all.push_back({operation + " [" + std::to_string(pos) + "]",
-                   [=](const InjectionTargets& t, const std::string& text) {
-                     FieldArray fields = base(t);
-                     fields.at(pos) = text;
-                     call(*Source<T>(t, code), t, fields);
-                   }});
-  }
-}
-
-// Add(fields), and Update(key of the target row, fields), of the provider.
-template <class T>
-void Adds(std::vector<InjectionPosition>& all, int32_t code, const std::string& provider, Base base,
-          const Positions& positions) {
-  InArray<T>(all, code, provider + "::Add", base, positions,
-             [](T& p, const InjectionTargets&, const FieldArray& f) { p.Add(f); });
-}
-template <class T>
-void Updates(std::vector<InjectionPosition>& all, int32_t code, const std::string& provider,
-             Base base, const Positions& positions, int32_t InjectionTargets::*key) {
-  InArray<T>(all, code, provider + "::Update", base, positions,
-             [key](T& p, const InjectionTargets& t, const FieldArray& f) { p.Update(t.*key, f); });
-}
-
-// A text argument of an operation other than a field array.
-template <class T>
-void Argument(std::vector<InjectionPosition>& all, int32_t code, const std::string& name,
-              void (*call)(T& p, const InjectionTargets& t, const std::string& text)) {
-  all.push_back({name, [=](const InjectionTargets& t, const std::string& text) {
-                   call(*Source<T>(t, code), t, text);
-                 }});
-}
 
 FieldArray Definition(const InjectionTargets&) {
   return Arrays::DefinitionFields("injection");
@@ -167,9 +117,6 @@ std::string HandDocument(const std::string& attribute, orvmysql::ConditionOperat
          "</condition></conditions></conditionexpression></criteria></query>";
 }
 
-// A list operation that takes a filter document.
-using List = void (*)(const InjectionTargets& t, const std::string& filter);
-
 void Workitems(const InjectionTargets& t, const std::string& filter) {
   Source<orvmysql::IWorkitemsDP>(t, 10)->Load(filter);
 }
@@ -186,27 +133,10 @@ void Recipients(const InjectionTargets& t, const std::string& filter) {
   Source<orvmysql::IMessageDP>(t, 18)->LoadReceipent(filter);
 }
 
-// Four positions per attribute: equal and contains, in a query built in code
-// and in a document written by hand.
-void Filter(std::vector<InjectionPosition>& all, const std::string& name, List list,
-            const std::string& attribute) {
-  for (auto op : {orvmysql::dcoEqualto, orvmysql::dcoContains}) {
-    for (auto document : {&ModelDocument, &HandDocument}) {
-      all.push_back({name + " filter " + attribute + (op == orvmysql::dcoEqualto ? " = " : " ~ ") +
-                         (document == &ModelDocument ? "(query model)" : "(document)"),
-                     [=](const InjectionTargets& t, const std::string& text) {
-                       list(t, document(attribute, op, text));
-                     },
-                     document == &HandDocument});
-    }
-  }
-}
-
-std::vector<InjectionPosition> AllPositions() {
+// Definitions (4), activities (7), transitions (5), switches (6), process
+// parameters (24), property bags (23), parameter bags (20).
+void DefinitionPositions(std::vector<InjectionPosition>& all) {
   using namespace orvmysql;
-  std::vector<InjectionPosition> all;
-  // Definitions (4), activities (7), transitions (5), switches (6), process
-  // parameters (24), property bags (23), parameter bags (20).
   const Positions definition_texts{0, 1, 5, 6, 7, 8, 9, 10, 22, 23};
   Adds<IOrvDefinitionsDP>(all, 4, "IOrvDefinitionsDP", &Definition, definition_texts);
   Updates<IOrvDefinitionsDP>(all, 4, "IOrvDefinitionsDP", &Definition, definition_texts,
@@ -246,9 +176,12 @@ std::vector<InjectionPosition> AllPositions() {
   Adds<IParameterValueDP>(all, 20, "IParameterValueDP", &Parameter, {1, 2, 3, 9, 10, 11, 12, 13});
   Updates<IParameterValueDP>(all, 20, "IParameterValueDP", &Parameter, {1, 2, 8, 9, 10, 11, 12},
                              &InjectionTargets::parameter);
+}
 
-  // Splits (15) and threads (17) of parallel routing; a thread's key is the
-  // caller's text (Add deletes the thread first, so that it never exists).
+// Splits (15) and threads (17) of parallel routing; a thread's key is the
+// caller's text (Add deletes the thread first, so that it never exists).
+void RoutingPositions(std::vector<InjectionPosition>& all) {
+  using namespace orvmysql;
   Adds<ISplitInstanceDP>(all, 15, "ISplitInstanceDP", &Split, {1});
   Updates<ISplitInstanceDP>(all, 15, "ISplitInstanceDP", &Split, {1}, &InjectionTargets::split);
   Argument<IThreadInstanceDP>(all, 17, "IThreadInstanceDP::Add thread id",
@@ -267,8 +200,12 @@ std::vector<InjectionPosition> AllPositions() {
   Argument<IThreadInstanceDP>(
       all, 17, "IThreadInstanceDP::ChangeState thread id",
       [](auto& p, const auto&, const auto& text) { p.ChangeState(text, 1, true); });
+}
 
-  // Messages with their recipients (18) and attachments (19).
+// Messages with their recipients (18) and attachments (19), and their list
+// filters.
+void MessagingPositions(std::vector<InjectionPosition>& all) {
+  using namespace orvmysql;
   const Positions message_texts{0, 1, 2, 3, 4, 5, 7};
   Adds<IMessageDP>(all, 18, "IMessageDP", &Message, message_texts);
   InArray<IMessageDP>(all, 18, "IMessageDP::Update", &Message, message_texts,
@@ -296,8 +233,16 @@ std::vector<InjectionPosition> AllPositions() {
                          [](IAttachmentDP& p, const InjectionTargets& t, const FieldArray& f) {
                            p.Update(0, t.attachment, f);
                          });
+  Filter(all, "IMessageDP::Load", &Messages, "Subject");
+  Filter(all, "IMessageDP::Load", &Messages, "Message");
+  Filter(all, "IMessageDP::Load", &Messages, "RecepientName");
+  Filter(all, "IMessageDP::LoadReceipent", &Recipients, "RecepientName");
+}
 
-  // Process instances (11), activity instances (14) and work items (10).
+// Process instances (11), activity instances (14) and work items (10), and
+// their list filters, on a cut and an uncut text attribute each.
+void RuntimePositions(std::vector<InjectionPosition>& all) {
+  using namespace orvmysql;
   const Positions process_texts{0, 3, 8, 10, 11, 15};
   Adds<IProcInstanceDP>(all, 11, "IProcInstanceDP", &Process, process_texts);
   Updates<IProcInstanceDP>(all, 11, "IProcInstanceDP", &Process, process_texts,
@@ -314,20 +259,18 @@ std::vector<InjectionPosition> AllPositions() {
   Adds<IWorkitemsDP>(all, 10, "IWorkitemsDP", &Workitem, workitem_texts);
   Updates<IWorkitemsDP>(all, 10, "IWorkitemsDP", &Workitem, workitem_texts,
                         &InjectionTargets::workitem);
-
-  // The list filters, on a cut and an uncut text attribute each.
   Filter(all, "IWorkitemsDP::Load", &Workitems, "Subject");
   Filter(all, "IWorkitemsDP::Load", &Workitems, "Note");
   Filter(all, "IProcInstanceDP::Load", &ProcInstances, "ProcInstanceName");
   Filter(all, "IProcInstanceDP::Load", &ProcInstances, "Note");
   Filter(all, "IActivityInstanceDP::Load", &ActivityInstances, "DisplayName");
   Filter(all, "IActivityInstanceDP::Load", &ActivityInstances, "ActivityNote");
-  Filter(all, "IMessageDP::Load", &Messages, "Subject");
-  Filter(all, "IMessageDP::Load", &Messages, "Message");
-  Filter(all, "IMessageDP::Load", &Messages, "RecepientName");
-  Filter(all, "IMessageDP::LoadReceipent", &Recipients, "RecepientName");
-  return all;
 }
+
+const bool kRegistered = RegisterInjectionGroup({"definitions", &DefinitionPositions}) &&
+                         RegisterInjectionGroup({"messaging", &MessagingPositions}) &&
+                         RegisterInjectionGroup({"routing", &RoutingPositions}) &&
+                         RegisterInjectionGroup({"runtime", &RuntimePositions});
 
 int32_t NewestKey(const std::shared_ptr<orvmysql::IListIterator>& rows, const std::string& column) {
   int32_t key = -1;
@@ -338,9 +281,34 @@ int32_t NewestKey(const std::shared_ptr<orvmysql::IListIterator>& rows, const st
 
 }  // namespace
 
+bool RegisterInjectionGroup(InjectionGroup group) {
+  Groups().push_back(std::move(group));
+  std::sort(Groups().begin(), Groups().end(),
+            [](const auto& a, const auto& b) { return a.name < b.name; });
+  return true;
+}
+
 const std::vector<InjectionPosition>& InjectionPositions() {
-  static const std::vector<InjectionPosition> positions = AllPositions();
+  static const std::vector<InjectionPosition> positions = [] {
+    std::vector<InjectionPosition> all;
+    for (const InjectionGroup& group : Groups()) group.add(all);
+    return all;
+  }();
   return positions;
+}
+
+void Filter(std::vector<InjectionPosition>& all, const std::string& name, List list,
+            const std::string& attribute) {
+  for (auto op : {orvmysql::dcoEqualto, orvmysql::dcoContains}) {
+    for (auto document : {&ModelDocument, &HandDocument}) {
+      all.push_back({name + " filter " + attribute + (op == orvmysql::dcoEqualto ? " = " : " ~ ") +
+                         (document == &ModelDocument ? "(query model)" : "(document)"),
+                     [=](const InjectionTargets& t, const std::string& text) {
+                       list(t, document(attribute, op, text));
+                     },
+                     document == &HandDocument});
+    }
+  }
 }
 
 InjectionTargets PrepareInjectionTargets(std::shared_ptr<orvmysql::CMYSqlDP> handler) {
@@ -373,6 +341,9 @@ InjectionTargets PrepareInjectionTargets(std::shared_ptr<orvmysql::CMYSqlDP> han
   t.activity_instance = newest("ActivityInstanceID", "tblActivityInstance");
   Source<IWorkitemsDP>(t, 10)->Add(Workitem(t));
   t.workitem = newest("WorkitemID", "tblWorkitems");
+  for (const InjectionGroup& group : Groups()) {
+    if (group.prepare != nullptr) group.prepare(t);
+  }
   return t;
 }
 
