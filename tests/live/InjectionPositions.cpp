@@ -138,9 +138,8 @@ void Recipients(const InjectionTargets& t, const std::string& filter) {
 void DefinitionPositions(std::vector<InjectionPosition>& all) {
   using namespace orvmysql;
   const Positions definition_texts{0, 1, 5, 6, 7, 8, 9, 10, 22, 23};
-  Adds<IOrvDefinitionsDP>(all, 4, "IOrvDefinitionsDP", &Definition, definition_texts);
-  Updates<IOrvDefinitionsDP>(all, 4, "IOrvDefinitionsDP", &Definition, definition_texts,
-                             &InjectionTargets::definition);
+  AddsAndUpdates<IOrvDefinitionsDP>(all, 4, "IOrvDefinitionsDP", &Definition, definition_texts,
+                                    &InjectionTargets::definition);
   Argument<IOrvDefinitionsDP>(all, 4, "IOrvDefinitionsDP::WorkflowDefinitionExist name",
                               [](auto& p, const auto& t, const auto& text) {
                                 p.WorkflowDefinitionExist(text, t.definition);
@@ -157,22 +156,19 @@ void DefinitionPositions(std::vector<InjectionPosition>& all) {
                           [](auto& p, const auto& t, const auto& text) {
                             p.ActivityExist(text, t.definition, t.activity);
                           });
-  Adds<ITransitionsDP>(all, 5, "ITransitionsDP", &Transition, {4, 6});
-  Updates<ITransitionsDP>(all, 5, "ITransitionsDP", &Transition, {4, 6},
-                          &InjectionTargets::transition);
-  Adds<ISwitchesDP>(all, 6, "ISwitchesDP", &Switch, {1, 3});
-  Updates<ISwitchesDP>(all, 6, "ISwitchesDP", &Switch, {1, 3}, &InjectionTargets::switch_row);
+  AddsAndUpdates<ITransitionsDP>(all, 5, "ITransitionsDP", &Transition, {4, 6},
+                                 &InjectionTargets::transition);
+  AddsAndUpdates<ISwitchesDP>(all, 6, "ISwitchesDP", &Switch, {1, 3},
+                              &InjectionTargets::switch_row);
   const Positions parameter_texts{1, 2, 4, 10, 11, 12, 13};
-  Adds<IProcessParamsDP>(all, 24, "IProcessParamsDP", &ProcessParam, parameter_texts);
-  Updates<IProcessParamsDP>(all, 24, "IProcessParamsDP", &ProcessParam, parameter_texts,
-                            &InjectionTargets::process_param);
+  AddsAndUpdates<IProcessParamsDP>(all, 24, "IProcessParamsDP", &ProcessParam, parameter_texts,
+                                   &InjectionTargets::process_param);
   Argument<IProcessParamsDP>(
       all, 24, "IProcessParamsDP::ParameterExist name",
       [](auto& p, const auto& t, const auto& text) { p.ParameterExist(text, t.definition); });
   const Positions property_texts{1, 2, 3, 5, 9, 10, 11, 12, 13};
-  Adds<IPropertyValueDP>(all, 23, "IPropertyValueDP", &Property, property_texts);
-  Updates<IPropertyValueDP>(all, 23, "IPropertyValueDP", &Property, property_texts,
-                            &InjectionTargets::property);
+  AddsAndUpdates<IPropertyValueDP>(all, 23, "IPropertyValueDP", &Property, property_texts,
+                                   &InjectionTargets::property);
   Adds<IParameterValueDP>(all, 20, "IParameterValueDP", &Parameter, {1, 2, 3, 9, 10, 11, 12, 13});
   Updates<IParameterValueDP>(all, 20, "IParameterValueDP", &Parameter, {1, 2, 8, 9, 10, 11, 12},
                              &InjectionTargets::parameter);
@@ -182,8 +178,8 @@ void DefinitionPositions(std::vector<InjectionPosition>& all) {
 // caller's text (Add deletes the thread first, so that it never exists).
 void RoutingPositions(std::vector<InjectionPosition>& all) {
   using namespace orvmysql;
-  Adds<ISplitInstanceDP>(all, 15, "ISplitInstanceDP", &Split, {1});
-  Updates<ISplitInstanceDP>(all, 15, "ISplitInstanceDP", &Split, {1}, &InjectionTargets::split);
+  AddsAndUpdates<ISplitInstanceDP>(all, 15, "ISplitInstanceDP", &Split, {1},
+                                   &InjectionTargets::split);
   Argument<IThreadInstanceDP>(all, 17, "IThreadInstanceDP::Add thread id",
                               [](auto& p, const auto& t, const auto& text) {
                                 p.Delete(text);
@@ -244,21 +240,18 @@ void MessagingPositions(std::vector<InjectionPosition>& all) {
 void RuntimePositions(std::vector<InjectionPosition>& all) {
   using namespace orvmysql;
   const Positions process_texts{0, 3, 8, 10, 11, 15};
-  Adds<IProcInstanceDP>(all, 11, "IProcInstanceDP", &Process, process_texts);
-  Updates<IProcInstanceDP>(all, 11, "IProcInstanceDP", &Process, process_texts,
-                           &InjectionTargets::process);
+  AddsAndUpdates<IProcInstanceDP>(all, 11, "IProcInstanceDP", &Process, process_texts,
+                                  &InjectionTargets::process);
   const Positions task_texts{3, 8, 9, 10, 12, 13, 14, 17, 18, 24};
-  Adds<IActivityInstanceDP>(all, 14, "IActivityInstanceDP", &ActivityInstance, task_texts);
-  Updates<IActivityInstanceDP>(all, 14, "IActivityInstanceDP", &ActivityInstance, task_texts,
-                               &InjectionTargets::activity_instance);
+  AddsAndUpdates<IActivityInstanceDP>(all, 14, "IActivityInstanceDP", &ActivityInstance, task_texts,
+                                      &InjectionTargets::activity_instance);
   Argument<IActivityInstanceDP>(all, 14, "IActivityInstanceDP::ChangeAIState note",
                                 [](auto& p, const auto& t, const auto& text) {
                                   p.ChangeAIState(t.activity_instance, 0, 67108864, false, text);
                                 });
   const Positions workitem_texts{4, 5, 6, 7, 8};
-  Adds<IWorkitemsDP>(all, 10, "IWorkitemsDP", &Workitem, workitem_texts);
-  Updates<IWorkitemsDP>(all, 10, "IWorkitemsDP", &Workitem, workitem_texts,
-                        &InjectionTargets::workitem);
+  AddsAndUpdates<IWorkitemsDP>(all, 10, "IWorkitemsDP", &Workitem, workitem_texts,
+                               &InjectionTargets::workitem);
   Filter(all, "IWorkitemsDP::Load", &Workitems, "Subject");
   Filter(all, "IWorkitemsDP::Load", &Workitems, "Note");
   Filter(all, "IProcInstanceDP::Load", &ProcInstances, "ProcInstanceName");

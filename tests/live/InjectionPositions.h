@@ -11,6 +11,7 @@
 //   void AddPositions(std::vector<InjectionPosition>& all) {
 //     Adds<IFooDP>(all, 42, "IFooDP", &FooFields, {1, 3});        // Add(fields)
 //     Updates<IFooDP>(all, 42, "IFooDP", &FooFields, {1, 3}, key); // Update(id, fields)
+//     // or both at once: AddsAndUpdates<IFooDP>(all, 42, "IFooDP", &FooFields, {1, 3}, key)
 //     Argument<IFooDP>(all, 42, "IFooDP::Find name",               // a text argument
 //                      [](auto& p, const auto& t, const auto& text) { p.Find(text); });
 //   }
@@ -124,6 +125,14 @@ void Updates(std::vector<InjectionPosition>& all, int32_t code, const std::strin
              [key](T& p, const InjectionTargets& t, const orvmysql::FieldArray& f) {
                p.Update(t.*key, f);
              });
+}
+
+// Both, with the same positions.
+template <class T>
+void AddsAndUpdates(std::vector<InjectionPosition>& all, int32_t code, const std::string& provider,
+                    Base base, const Positions& positions, int32_t InjectionTargets::*key) {
+  Adds<T>(all, code, provider, base, positions);
+  Updates<T>(all, code, provider, base, positions, key);
 }
 
 // A text argument of an operation other than a field array.
