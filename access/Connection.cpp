@@ -154,6 +154,39 @@ struct ResultCloser {
   void operator()(MYSQL_RES* result) const noexcept { mysql_free_result(result); }
 };
 
+// Texts are escaped for utf8mb4. A server may run a session in a character
+// set other than the one the client asked for (skip-character-set-client-
+// handshake, or an init_connect that changes it), and the client library
+// cannot tell; in some multi-byte sets (gbk, big5, sjis, cp932) a backslash
+// can be the second byte of a character, so an escaped text could end its
+// literal. The session's own settings are therefore read back once per
+// connect, and any other set refuses the connection. The same round trip
+// reads the session's max_allowed_packet, which is returned.
+std::size_t RequireUtf8mb4Session(st_mysql* db) {
+  static constexpr std::string_view kQuery =
+      "SELECT @@character_set_client, @@character_set_connection, @@character_set_results, "
+      "@@max_allowed_packet";
+  if (mysql_real_query(db, kQuery.data(), kQuery.size()) != 0) throw DatabaseError(db);
+  std::unique_ptr<MYSQL_RES, ResultCloser> result(mysql_store_result(db));
+  if (!result) throw DatabaseError(db);
+  const MYSQL_ROW row = mysql_fetch_row(result.get());
+  if (row == nullptr || mysql_num_fields(result.get()) != 4) throw DatabaseError(db);
+  static constexpr const char* kNames[] = {"character_set_client", "character_set_connection",
+                                           "character_set_results"};
+  for (unsigned i = 0; i < 3; ++i) {
+    // Results without conversion (NULL) arrive as stored, in utf8mb4.
+    if (row[i] == nullptr ? i == 2 : std::strcmp(row[i], "utf8mb4") == 0) continue;
+    throw Error(kErrDatabase, "orvmysql",
+                std::string("the server runs this session in the character set '") +
+                    (row[i] != nullptr ? row[i] : "NULL") + "' (" + kNames[i] +
+                    ") instead of utf8mb4; texts escaped for utf8mb4 are not safe in it (see the "
+                    "server's skip-character-set-client-handshake and init_connect)");
+  }
+  std::size_t max_packet = 0;
+  if (row[3] != nullptr) std::from_chars(row[3], row[3] + std::strlen(row[3]), max_packet);
+  return max_packet;
+}
+
 }  // namespace
 
 ConnectionSettings ReadConnector(const IDPConnector& connector) {
@@ -238,6 +271,7 @@ void CConnection::OpenConn() {
                               port, socket ? s.server.c_str() : nullptr, flags)) {
         throw DatabaseError(db_.get());
       }
+      max_packet_ = RequireUtf8mb4Session(db_.get());
       // Texts are escaped with backslashes; a server whose mode turns backslash
       // escapes off would misread them, so the mode is reset for this session.
       if (db_->server_status & SERVER_STATUS_NO_BACKSLASH_ESCAPES) {

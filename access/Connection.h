@@ -55,8 +55,8 @@ class CConnection final : public IConnection {
   // Raises error kErrDatabase (native 1153, SQLSTATE 08S01) naming the
   // server's limit when a statement of this many bytes is larger than the
   // server takes in one packet, before it is sent. The limit
-  // (max_allowed_packet) is read from the server once and kept until the next
-  // session opens a connection.
+  // (max_allowed_packet) is read with every connect, in the round trip that
+  // checks the session's character sets, and kept until the next connect.
   void RequireFits(std::size_t statement_bytes);
 
   int32_t SessionDepth() const { return depth_; }

@@ -2,6 +2,7 @@
 
 // SQL literal formatting shared by every provider (keys: orvmysql/Keys.h).
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -16,10 +17,18 @@ namespace orvmysql {
 std::string GetGUID();
 
 // Text escaped for a quoted SQL literal (the caller adds the apostrophes):
-// a text of blanks only gives "", NULs are removed, ' becomes '' and \ becomes
-// \\. With limit255 the text is cut to 255 characters (UTF-8 characters, never
-// bytes) without splitting an escape pair, so the literal always stays closed.
+// a text of blanks only gives "", NULs are removed, every ' becomes '' and
+// every \ becomes \\. With limit255 the text is cut to 255 characters of the
+// escaped text (UTF-8 characters, never bytes) without splitting a character
+// or an escape pair, so the literal always stays closed. A text that is not
+// valid UTF-8 raises 5 (see RequireUtf8), wherever the fault stands.
 std::string GetQuotedString(std::string_view text, bool limit255);
+
+// Raises 5 ("Invalid procedure call or argument: text is not valid UTF-8 at
+// byte N: ...", N counted from 1 and offset by offset) unless the text is
+// well-formed UTF-8: no stray continuation bytes, no sequences cut short, no
+// overlong forms, no surrogates, nothing beyond U+10FFFF.
+void RequireUtf8(std::string_view text, std::size_t offset = 0);
 
 // " 'yyyy-mm-dd' " (blanks included) or "NULL" for an Empty or Null value.
 std::string ConvertDateIntoSQLFormat(const Variant& date);

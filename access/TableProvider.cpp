@@ -119,7 +119,17 @@ std::string Joined(const std::vector<std::string>& values, std::span<const std::
 }
 
 std::string LiteralPattern(std::string_view text) {
-  return GetQuotedString(EscapeLikeString(text), true);
+  // Checked before the wildcards are escaped, so that an error names the
+  // position in the caller's text.
+  RequireUtf8(text);
+  std::string body = GetQuotedString(EscapeLikeString(text), true);
+  // The cut may fall between a LIKE escape and the wildcard it escapes; the
+  // pattern would then end in a lone escape. Every backslash of the body is
+  // doubled, so an odd count of trailing backslash pairs means exactly that.
+  const std::size_t last = body.find_last_not_of('\\');
+  const std::size_t pairs = (body.size() - (last == std::string::npos ? 0 : last + 1)) / 2;
+  if (pairs % 2 == 1) body.resize(body.size() - 2);
+  return body;
 }
 
 Key Key::Text(std::string_view text) {

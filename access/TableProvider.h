@@ -112,7 +112,8 @@ std::string Joined(const std::vector<std::string>& values, std::span<const std::
                    std::string_view separator = ",");
 
 // The text as the body of a quoted LIKE pattern that matches only itself:
-// wildcards escaped, then quoted and cut to 255 characters.
+// wildcards escaped, then quoted and cut to 255 characters. Raises 5 for a
+// text that is not valid UTF-8.
 std::string LiteralPattern(std::string_view text);
 
 // A row's key as it is written into SQL: a number in decimal, or a text

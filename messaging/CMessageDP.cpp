@@ -209,9 +209,11 @@ int32_t CMessageDP::AddReceipent(int32_t message_id, const FieldArray& fields) {
 
 bool CMessageDP::DeleteReceipent(int32_t message_id, const std::string& name) {
   return detail::Guard({"CMessageDP: IMessageDP_DeleteReceipent Function ("}, [&] {
+    // Quoted before the session opens, so that a refused name costs no connect.
+    const std::string recipient = sql::Text(Variant(name));
     return InSession([&] {
       NonQuery("DELETE FROM tblMsgReceipent WHERE FKMessageID = " + std::to_string(message_id) +
-               " AND RecepientName = " + sql::Text(Variant(name)));
+               " AND RecepientName = " + recipient);
       return true;
     });
   });

@@ -16,6 +16,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include "orvmysql/Error.h"
+
 namespace orvmysql::devkit {
 
 namespace {
@@ -47,6 +49,11 @@ bool CanConnect(const ServerAddress& address) {
   try {
     NewConnection(address.Connector(""))->ExecuteScalar("SELECT 1", "");
     return true;
+  } catch (const Error& e) {
+    // A connect refused without a client error code was refused by the
+    // library after the server answered (a server that forces another
+    // character set): the server is up.
+    return e.Number() == kErrConnectFailed && e.NativeError() == 0;
   } catch (const std::exception&) {
     return false;
   }

@@ -13,7 +13,8 @@
 // Values and safety:
 // - Text values are quoted: apostrophes doubled and backslashes escaped
 //   (GetQuotedString), cut to 255 characters for data type 2. LIKE wildcards
-//   in a value are not escaped and act as wildcards.
+//   in a value are not escaped and act as wildcards. A value that is not
+//   valid UTF-8 raises 5, naming the position of its first bad byte.
 // - Numeric (3, 4, 10, 11) and bit-mask (9) values are written unquoted, so a
 //   value must be a number (sign, digits, decimal point, exponent) after its
 //   blanks are trimmed; on numeric attributes the text NULL (any case) is also
@@ -24,7 +25,7 @@
 //
 // Errors: an attribute not in the map raises 8194; an operator the data type
 // does not accept raises 8195; a value that does not convert raises the
-// conversion error (13, or 94 for Null).
+// conversion error (13, or 94 for Null); a text that is not UTF-8 raises 5.
 
 #include <cstdint>
 #include <memory>

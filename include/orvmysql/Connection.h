@@ -54,6 +54,11 @@ class ORVMYSQL_EXPORT CDPConnector : public IDPConnector {
 // and the settings of the standard option files (TLS, time limits; see the
 // README, "Connection options"). A connection is used from one thread at a
 // time.
+//
+// Every connect reads back the session's character sets; a server that runs
+// the session in anything but utf8mb4 (one that forces its own, such as gbk)
+// is refused with 61441 naming the character set, before any statement of
+// the caller runs.
 class ORVMYSQL_EXPORT IConnection : public virtual IObject {
  public:
   // The connection string built by Init, password included; show

@@ -12,7 +12,14 @@
 //   position (the tables below). Every position is read and converted before
 //   any statement runs: a short array raises error 9, a value that is not a
 //   number in a numeric position raises 13, Null in a text position that takes
-//   no NULL raises 94, and nothing is written.
+//   no NULL raises 94, a text that is not valid UTF-8 raises 5 (see below),
+//   and nothing is written.
+// - Every text (field-array positions, names, identifiers) must be valid
+//   UTF-8: no stray continuation bytes, no sequences cut short, no overlong
+//   forms, no surrogates, nothing beyond U+10FFFF. Anything else raises 5,
+//   "Invalid procedure call or argument: text is not valid UTF-8 at byte N:
+//   ...", N the position of the first bad byte counted from 1, before any
+//   session, key or statement.
 // - "quoted" columns are written as a quoted, escaped SQL text; "quoted 255"
 //   cuts the text to 255 characters first. "NULL when empty" columns store NULL
 //   for Null or an empty text. Doubles are written with a decimal point

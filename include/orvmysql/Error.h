@@ -10,6 +10,12 @@
 namespace orvmysql {
 
 // Run-time error numbers of the platform, raised with their usual texts.
+//
+// Every text a caller passes (field arrays, names, identifiers, filter
+// documents, condition values) must be well-formed UTF-8. Anything else is
+// refused with kErrInvalidCall before any session, key or statement, its
+// description "Invalid procedure call or argument: text is not valid UTF-8 at
+// byte N: ...", N the first bad byte counted from 1.
 inline constexpr int32_t kErrInvalidCall = 5;    // Invalid procedure call or argument
 inline constexpr int32_t kErrOverflow = 6;       // Overflow
 inline constexpr int32_t kErrOutOfMemory = 7;    // Out of memory

@@ -14,7 +14,8 @@
 //   position (the tables below). Every position is read and converted before
 //   any statement runs: a short array raises error 9, a value that is not a
 //   number in a numeric position raises 13, Null in a text position that takes
-//   no NULL raises 94, and nothing is written.
+//   no NULL raises 94, a text that is not valid UTF-8 raises 5 naming its first
+//   bad byte (see Error.h), and nothing is written.
 // - "quoted" columns are written as a quoted, escaped SQL text; "quoted 255"
 //   cuts the text to 255 characters first. "NULL when empty" columns store
 //   NULL for Null or an empty text.

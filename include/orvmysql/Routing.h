@@ -14,8 +14,9 @@
 //   position (the tables below); the key is never in the array. Every position
 //   is read and converted before any statement runs: a short array raises
 //   error 9, a value that is not a number in a numeric position raises 13,
-//   Null in a text position raises 94, and nothing is written (no key is used
-//   up either).
+//   Null in a text position raises 94, a text that is not valid UTF-8 (the
+//   thread ID too) raises 5 naming its first bad byte (see Error.h), and
+//   nothing is written (no key is used up either).
 // - State is the engine's State word (open 0x4000000, closed 0x8000000 plus
 //   the kind of closing, paused 0x20000000 on top of open). ChangeState sets it
 //   to a value, or adds the value to it arithmetically in one UPDATE (a

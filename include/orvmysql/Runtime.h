@@ -13,8 +13,9 @@
 //   position is read and converted before any session or statement: a short
 //   array raises error 9, a value that is not a number in a numeric position
 //   raises 13, a value that is not a date in a date position raises 13, Null
-//   in a text position that takes no NULL raises 94; nothing is written and no
-//   key is used up.
+//   in a text position that takes no NULL raises 94, a text that is not valid
+//   UTF-8 raises 5 naming its first bad byte (see Error.h); nothing is
+//   written and no key is used up.
 // - "quoted 255" columns are written as a quoted, escaped SQL text cut to 255
 //   characters; "quoted" texts are not cut. "NULL when empty" columns store
 //   NULL for Null or an empty text; the others store '' for an empty text.

@@ -14,6 +14,7 @@
 #include "definitions/COrvDefinitionsDP.h"
 #include "definitions/CSwitchesDP.h"
 #include "orvmysql/Error.h"
+#include "support/ErrorCapture.h"
 #include "support/RecordingConnection.h"
 
 namespace orvmysql {
@@ -78,6 +79,16 @@ TEST(DefinitionSessions, BadValuesStopBeforeTheSessionStarts) {
   EXPECT_THROW(activities->Add(FieldArray(15)), Error);
   EXPECT_THROW(activities->Delete(1, "7; DROP TABLE tblActivities"), Error);
   EXPECT_THROW(activities->Delete(1, "12.5"), Error);
+  // Text that is not UTF-8 is refused while the field array is formatted, so
+  // no session starts and no key is taken.
+  const FieldArray fields{"Task", "", 1, 0, 1, 2, 3, 4, 5, 7, 6, "", "", "t1", 16, "{C}"};
+  FieldArray bad_subject = fields;
+  bad_subject[11] = "\xC3' OR 1=1 -- ";
+  EXPECT_EQ(orvtest::ErrorOf([&] { activities->Add(bad_subject); }), kErrInvalidCall);
+  EXPECT_EQ(orvtest::ErrorOf([&] { activities->Update(7, "t1\xBF", fields); }), kErrInvalidCall);
+  EXPECT_EQ(orvtest::ErrorOf(
+                [&] { On<COrvDefinitionsDP>(connection)->WorkflowDefinitionExist("\xF8", 1); }),
+            kErrInvalidCall);
   EXPECT_TRUE(connection->statements.empty());
   EXPECT_EQ(connection->starts, 0);
 

@@ -7,6 +7,7 @@
 
 #include "access/General.h"
 #include "access/SqlValues.h"
+#include "access/TableProvider.h"
 #include "orvmysql/Error.h"
 #include "support/ErrorCapture.h"
 
@@ -49,6 +50,9 @@ TEST(GetQuotedString, CutsAt255CharactersWithoutSplittingAnEscape) {
   EXPECT_EQ((cut.size() - 200) % 2, 0u);
 
   EXPECT_EQ(GetQuotedString(std::string(300, 'x'), true), std::string(255, 'x'));
+  // A pair that fills the 255th character exactly is kept.
+  EXPECT_EQ(GetQuotedString(std::string(253, 'a') + "' OR 1=1", true),
+            std::string(253, 'a') + "''");
 }
 
 TEST(GetQuotedString, CountsUtf8CharactersAndNeverSplitsThem) {
@@ -62,10 +66,58 @@ TEST(GetQuotedString, CountsUtf8CharactersAndNeverSplitsThem) {
   EXPECT_EQ(GetQuotedString(emoji, true), std::string(254, 'a') + "\xF0\x9F\x98\x80");
 }
 
+TEST(GetQuotedString, RefusesTextThatIsNotUtf8NamingTheFirstBadByte) {
+  struct Case {
+    std::string text;
+    std::string detail;  // what the description must end with
+  };
+  const Case cases[] = {
+      {"ab\xC3' OR 1=1", "byte 3: 0xC3 is followed by 0x27, which is not a continuation byte"},
+      {"\xC3\\", "byte 1: 0xC3 is followed by 0x5C, which is not a continuation byte"},
+      {"x\xBF\x5C", "byte 2: 0xBF is a continuation byte without a lead byte"},
+      {"\xC0\xA7", "byte 1: 0xC0 starts an overlong encoding"},
+      {"\xE0\x80\xA7", "byte 1: 0xE0 0x80 is an overlong encoding"},
+      {"\xF0\x80\x80\xA7", "byte 1: 0xF0 0x80 is an overlong encoding"},
+      {"\xED\xA0\x80", "byte 1: 0xED 0xA0 encodes a surrogate (U+D800 to U+DFFF)"},
+      {"\xF4\x90\x80\x80", "byte 1: 0xF4 0x90 encodes a code point beyond U+10FFFF"},
+      {"\xF5\x80\x80\x80", "byte 1: 0xF5 starts a code point beyond U+10FFFF"},
+      {"ok \xFF", "byte 4: 0xFF never occurs in UTF-8"},
+      {"euro \xE2\x82", "byte 6: 0xE2 starts a sequence that the text cuts short"},
+      // Beyond the cut nothing is written, yet the text is refused all the same.
+      {std::string(300, 'a') + "\xC3", "byte 301: 0xC3 starts a sequence that the text cuts short"},
+  };
+  for (const Case& c : cases) {
+    const Error e = orvtest::Raised([&] { GetQuotedString(c.text, true); });
+    EXPECT_EQ(e.Number(), kErrInvalidCall) << c.detail;
+    EXPECT_EQ(e.Description(),
+              "Invalid procedure call or argument: text is not valid UTF-8 at " + c.detail);
+    EXPECT_NE(e.Source().find(" => \r\nGetQuotedString method ("), std::string::npos);
+  }
+  // The LIKE pattern names the byte of the caller's text, before its wildcards are escaped.
+  EXPECT_EQ(orvtest::Raised([] { dp::LiteralPattern("50%_\xC3'"); }).Description(),
+            "Invalid procedure call or argument: text is not valid UTF-8 at byte 5: 0xC3 is "
+            "followed by 0x27, which is not a continuation byte");
+
+  // The edges of the valid ranges pass unchanged.
+  for (const std::string text : {"\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF",
+                                 "\xEE\x80\x80", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
+    EXPECT_EQ(GetQuotedString(text, true), text);
+  }
+}
+
 TEST(EscapeLikeString, EscapesWildcardsBackslashFirst) {
   EXPECT_EQ(EscapeLikeString("50%_a\\b"), "50\\%\\_a\\\\b");
   EXPECT_EQ(EscapeLikeString("abc"), "abc");
   EXPECT_EQ(EscapeLikeString("[x]"), "\\[x\\]");
+}
+
+TEST(LiteralPattern, CutNeverLeavesALoneLikeEscape) {
+  // "%" becomes \% in the pattern and \\% in the literal: three characters.
+  EXPECT_EQ(dp::LiteralPattern(std::string(252, 'a') + "%"), std::string(252, 'a') + "\\\\%");
+  EXPECT_EQ(dp::LiteralPattern(std::string(253, 'a') + "%"), std::string(253, 'a'));
+  // An escaped backslash that fits whole stays.
+  EXPECT_EQ(dp::LiteralPattern(std::string(251, 'a') + "\\%"),
+            std::string(251, 'a') + "\\\\\\\\");
 }
 
 TEST(DateLiterals, FixedPatternsAndNullForNoDate) {
