@@ -3,13 +3,11 @@
 // under many threads, forks, and the settings that turn it off.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -19,6 +17,7 @@
 #include "access/Connection.h"
 #include "access/ConnectionPool.h"
 #include "support/ErrorCapture.h"
+#include "support/ForkedChild.h"
 #include "support/LiveDb.h"
 #include "support/ScopedEnv.h"
 #include "tools/DevServer.h"
@@ -286,29 +285,9 @@ TEST_F(ConnectionPoolLive, IdleConnectionsAreClosedAfterTheIdleTime) {
 TEST_F(ConnectionPoolLive, AForkedChildNeverUsesItsParentsConnections) {
   auto c = Fresh();
   const std::string parent_id = c->ExecuteScalar(kId, "");
-  int pipe_ends[2];
-  ASSERT_EQ(pipe(pipe_ends), 0);
-  const pid_t child = fork();
-  if (child == 0) {
-    close(pipe_ends[0]);
-    int code = 2;
-    try {
-      const std::string id = Fresh()->ExecuteScalar(kId, "") + "\n";
-      code = write(pipe_ends[1], id.data(), id.size()) == static_cast<ssize_t>(id.size()) ? 0 : 1;
-    } catch (const std::exception& e) {
-      std::fprintf(stderr, "child: %s\n", e.what());
-    }
-    _exit(code);
-  }
-  close(pipe_ends[1]);
-  char text[32] = {};
-  const ssize_t got = read(pipe_ends[0], text, sizeof text - 1);
-  close(pipe_ends[0]);
-  int status = 0;
-  waitpid(child, &status, 0);
-  ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "child status " << status;
-  ASSERT_GT(got, 0);
-  EXPECT_NE(std::string(text, static_cast<std::size_t>(got) - 1), parent_id);
+  const auto child_id = orvtest::TextFromChild([] { return Fresh()->ExecuteScalar(kId, ""); });
+  ASSERT_TRUE(child_id.has_value());
+  EXPECT_NE(*child_id, parent_id);
   EXPECT_EQ(c->ExecuteScalar(kId, ""), parent_id);
 }
 
