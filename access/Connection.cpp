@@ -230,7 +230,9 @@ void CConnection::Closer::operator()(st_mysql* db) const noexcept {
 
 CConnection::CConnection() = default;
 
-CConnection::~CConnection() = default;  // the closer closes a held connection
+CConnection::~CConnection() {
+  if (depth_ == 0) Release();  // a connection still in a session is closed
+}
 
 void CConnection::Init(const IDPConnector& connector) {
   settings_ = ReadConnector(connector);
@@ -238,9 +240,78 @@ void CConnection::Init(const IDPConnector& connector) {
   masked_connection_string_ = BuildConnectionString(settings_, kMaskedPassword);
 }
 
+void CConnection::ReadSettings() {
+  if (option_files_) return;
+  // The library reads its own settings once per connection object (reading
+  // them costs about half a connect's CPU time); Connector/C reads its
+  // settings on every connect.
+  detail::OptionFileSettings files = detail::ReadOptionFiles();
+  pool_ = detail::ReadPoolSettings(files);
+  const ConnectionSettings& s = settings_;
+  pool_key_.clear();
+  for (const std::string* part : std::initializer_list<const std::string*>{
+           &s.server, &s.database, &s.user, &s.password, &s.port, &files.client_settings}) {
+    pool_key_ += *part;
+    pool_key_ += '\0';
+  }
+  option_files_ = std::move(files);
+}
+
+bool CConnection::TakePooled() {
+  try {
+    ReadSettings();
+  } catch (const Error&) {
+    return false;  // the connect that follows reports it
+  }
+  if (!pool_.enabled) return false;
+  db_.reset(detail::ConnectionPool::Instance().Take(pool_key_));
+  return db_ != nullptr;
+}
+
+void CConnection::Release() noexcept {
+  if (db_ && pool_.enabled) {
+    bool clean = !session_state_;
+    if (!clean && detail::ResetSession(db_.get(), settings_.database)) {
+      try {
+        SetUpSession();
+        clean = true;
+      } catch (...) {
+      }
+    }
+    if (clean) detail::ConnectionPool::Instance().Give(pool_key_, db_.release(), pool_);
+  }
+  session_state_ = false;
+  db_.reset();
+}
+
+void CConnection::SetUpSession() {
+  max_packet_ = RequireUtf8mb4Session(db_.get());
+  // Texts are escaped with backslashes; a server whose mode turns backslash
+  // escapes off would misread them, so the mode is reset for this session.
+  if (db_->server_status & SERVER_STATUS_NO_BACKSLASH_ESCAPES) {
+    if (mysql_query(db_.get(),
+                    "SET SESSION sql_mode = REPLACE(@@sql_mode, 'NO_BACKSLASH_ESCAPES', '')")) {
+      throw DatabaseError(db_.get());
+    }
+  }
+  // Every statement commits by itself. The server reports its mode in the
+  // handshake, so the extra round trip is made only when it is off.
+  if (!(db_->server_status & SERVER_STATUS_AUTOCOMMIT) && mysql_autocommit(db_.get(), 1)) {
+    throw DatabaseError(db_.get());
+  }
+  // A pooled connection must tell whether statements left session state; a
+  // server that cannot is not pooled.
+  constexpr unsigned kUnknownVariable = 1193;
+  if (pool_.enabled && mysql_query(db_.get(), detail::kTrackSessionState)) {
+    if (mysql_errno(db_.get()) != kUnknownVariable) throw DatabaseError(db_.get());
+    pool_.enabled = false;
+  }
+}
+
 void CConnection::OpenConn() {
   if (depth_ >= 1 && db_) return;
   detail::Guard({"CConnection:OpenConn Ln "}, [&] {
+    if (TakePooled()) return;
     db_.reset(mysql_init(nullptr));
     if (!db_) ThrowRuntimeError(kErrOutOfMemory);
     const ConnectionSettings& s = settings_;
@@ -252,10 +323,7 @@ void CConnection::OpenConn() {
         throw Error(kErrDatabase, "orvmysql", "Invalid port '" + s.port + "'");
       }
       mysql_optionsv(db_.get(), MYSQL_SET_CHARSET_NAME, "utf8mb4");
-      // The library reads its own settings once per connection object
-      // (reading them costs about half a connect's CPU time); Connector/C
-      // reads its settings on every connect.
-      if (!option_files_) option_files_ = detail::ReadOptionFiles();
+      ReadSettings();
       ApplyOptionFiles(db_.get(), *option_files_);
       // A server on this host answers or refuses at once; only a remote one
       // can leave a connect hanging, so only there is a time limit needed
@@ -271,20 +339,7 @@ void CConnection::OpenConn() {
                               port, socket ? s.server.c_str() : nullptr, flags)) {
         throw DatabaseError(db_.get());
       }
-      max_packet_ = RequireUtf8mb4Session(db_.get());
-      // Texts are escaped with backslashes; a server whose mode turns backslash
-      // escapes off would misread them, so the mode is reset for this session.
-      if (db_->server_status & SERVER_STATUS_NO_BACKSLASH_ESCAPES) {
-        if (mysql_query(db_.get(),
-                        "SET SESSION sql_mode = REPLACE(@@sql_mode, 'NO_BACKSLASH_ESCAPES', '')")) {
-          throw DatabaseError(db_.get());
-        }
-      }
-      // Every statement commits by itself. The server reports its mode in the
-      // handshake, so the extra round trip is made only when it is off.
-      if (!(db_->server_status & SERVER_STATUS_AUTOCOMMIT) && mysql_autocommit(db_.get(), 1)) {
-        throw DatabaseError(db_.get());
-      }
+      SetUpSession();
     } catch (...) {
       // A failed connect is reported as 61441 with the client's reason and the
       // connection string, its password masked: this text reaches logs and
@@ -305,14 +360,17 @@ void CConnection::OpenConn() {
   });
 }
 
+// Outside a session the connection goes back to the pool (or is closed).
 void CConnection::Close() {
   detail::Guard({"CDB:Close Ln "}, [&] {
-    if (db_ && depth_ == 0) db_.reset();
+    if (db_ && detail::LeftSessionState(db_.get())) session_state_ = true;
+    if (db_ && depth_ == 0) Release();
   });
 }
 
 void CConnection::CloseQuietly() noexcept {
-  if (depth_ == 0) db_.reset();
+  session_state_ = true;  // a failed statement may have left anything behind
+  if (depth_ == 0) Release();
 }
 
 void CConnection::StartSession() {
@@ -350,6 +408,7 @@ std::shared_ptr<const Recordset> CConnection::Run(const std::string& sql, int32_
 
 template <class Call>
 auto CConnection::Observed(const std::string& sql, Call&& call) {
+  if (pool_.enabled && !session_state_ && detail::MayLeaveSessionState(sql)) session_state_ = true;
   int64_t rows = -1;
   const auto process = detail::ProcessStatementObserver();
   if (!observer_ && !process) return call(rows);

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "access/ConnectionPool.h"
 #include "access/OptionFiles.h"
 #include "orvmysql/Connection.h"
 #include "orvmysql/Observer.h"
@@ -77,6 +78,16 @@ class CConnection final : public IConnection {
   void OpenConn();
   void Close();
   void CloseQuietly() noexcept;
+  // Reads the option files and the pool settings, once per object.
+  void ReadSettings();
+  // The library's settings of a new session (SQL mode, autocommit, state
+  // tracking when pooled), after a connect and after a reset.
+  void SetUpSession();
+  // Takes an idle pooled connection; false when pooling is off or none is idle.
+  bool TakePooled();
+  // Gives the connection back to the pool, reset if statements left session
+  // state behind, or closes it.
+  void Release() noexcept;
   // Runs a statement on the open connection; the result, if any, fully read.
   std::shared_ptr<const Recordset> Run(const std::string& sql, int32_t* affected);
   // Runs the call (which sets the row count) and reports it to the observers.
@@ -90,6 +101,9 @@ class CConnection final : public IConnection {
   int32_t depth_ = 0;
   std::size_t max_packet_ = 0;  // the server's max_allowed_packet, 0 until read
   std::optional<detail::OptionFileSettings> option_files_;
+  detail::PoolSettings pool_;
+  std::string pool_key_;        // every setting the connection is made with
+  bool session_state_ = false;  // statements on db_ left session state behind
   std::shared_ptr<const StatementObserver> observer_;
 };
 

@@ -47,7 +47,7 @@ class Reader {
   void File(const fs::path& path, int depth = 0) {
     std::ifstream in(path);
     if (!in || depth > kMaxIncludeDepth) return;
-    bool in_group = false;
+    bool in_group = false, in_client_group = false;
     std::string line;
     for (int number = 1; std::getline(in, line); ++number) {
       const std::string_view text = Trim(line);
@@ -56,10 +56,17 @@ class Reader {
         Directive(text, depth);
       } else if (text.front() == '[') {
         const auto close = text.find(']');
-        in_group =
-            close != std::string_view::npos && Trim(text.substr(1, close - 1)) == kOptionGroup;
-      } else if (in_group) {
-        Setting(text, path, number);
+        const std::string_view group =
+            close != std::string_view::npos ? Trim(text.substr(1, close - 1)) : std::string_view();
+        in_group = group == kOptionGroup;
+        in_client_group =
+            in_group || group == "client" || group == "client-server" || group == "client-mariadb";
+      } else {
+        if (in_client_group) {
+          settings_.client_settings += text;
+          settings_.client_settings += '\n';
+        }
+        if (in_group) Setting(text, path, number);
       }
     }
   }
@@ -94,6 +101,12 @@ class Reader {
       settings_.read_timeout = Seconds(key, value, path, number);
     } else if (key == "write-timeout") {
       settings_.write_timeout = Seconds(key, value, path, number);
+    } else if (key == "pool") {
+      settings_.pool = value;
+    } else if (key == "pool-size") {
+      settings_.pool_size = value;
+    } else if (key == "pool-idle-timeout") {
+      settings_.pool_idle_timeout = value;
     }
   }
 

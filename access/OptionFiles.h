@@ -20,10 +20,17 @@ struct OptionFileSettings {
   std::string file;            // the one file to read; empty for the standard files
   unsigned read_timeout = 0;   // seconds; 0 leaves Connector/C's default (none)
   unsigned write_timeout = 0;  // seconds; 0 leaves Connector/C's default (none)
+  // Every setting of the groups read for a connection, in the order read:
+  // connections are pooled by these (see access/ConnectionPool.h).
+  std::string client_settings;
+  // The connection pool's keys as written (see access/ConnectionPool.h); empty
+  // when not set.
+  std::string pool, pool_size, pool_idle_timeout;
 };
 
 // Reads ORVMYSQL_OPTION_FILE and the time limits of [orvmysql] (keys
-// read-timeout and write-timeout, or with underscores). A file named by the
+// read-timeout and write-timeout, or with underscores) and its pool keys
+// (pool, pool-size, pool-idle-timeout). A file named by the
 // variable that cannot be read, or a time limit that is not a whole number of
 // seconds, raises error 5 naming the file and what is wrong.
 OptionFileSettings ReadOptionFiles();

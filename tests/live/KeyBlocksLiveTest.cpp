@@ -16,6 +16,7 @@
 
 #include "orvmysql/Keys.h"
 #include "support/ErrorCapture.h"
+#include "support/ForkedChild.h"
 #include "support/LiveDb.h"
 #include "support/ScopedEnv.h"
 
@@ -110,30 +111,9 @@ TEST_F(KeyBlocksLive, ForkedChildNeverHandsOutItsParentsBlock) {
   orvtest::ScopedEnv block("ORVMYSQL_KEY_BLOCK", "100");
   auto c = Db().NewConnection();
   ASSERT_EQ(GetNextID(*c, kCode), "1");
-  int pipe_ends[2];
-  ASSERT_EQ(pipe(pipe_ends), 0);
-  const pid_t child = fork();
-  if (child == 0) {
-    close(pipe_ends[0]);
-    int code = 0;
-    try {
-      const std::string key = GetNextID(*Db().NewConnection(), kCode) + "\n";
-      code =
-          write(pipe_ends[1], key.data(), key.size()) == static_cast<ssize_t>(key.size()) ? 0 : 1;
-    } catch (...) {
-      code = 2;
-    }
-    _exit(code);
-  }
-  close(pipe_ends[1]);
-  char text[32] = {};
-  const ssize_t got = read(pipe_ends[0], text, sizeof text - 1);
-  close(pipe_ends[0]);
-  int status = 0;
-  waitpid(child, &status, 0);
-  ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-  ASSERT_GT(got, 0);
-  EXPECT_EQ(std::stoi(text), 101);
+  const auto key = orvtest::TextFromChild([] { return GetNextID(*Db().NewConnection(), kCode); });
+  ASSERT_TRUE(key.has_value());
+  EXPECT_EQ(*key, "101");
   EXPECT_EQ(GetNextID(*c, kCode), "2");
 }
 
