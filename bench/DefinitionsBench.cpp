@@ -170,11 +170,18 @@ void BM_Definition_CascadeDelete(benchmark::State& state) {
 BENCHMARK(BM_Definition_CascadeDelete)->Unit(benchmark::kMillisecond);
 
 // The cascade as one unit of work against its statements each committing by
-// itself, taking turns: with 0 the definitions do not exist (the cost of the
-// brackets alone), with 1 each is a freshly stored definition of 50 activities.
+// itself, taking turns. First argument: 0, the definitions do not exist (the
+// cost of the brackets alone); 1, each is a freshly stored definition of 50
+// activities. Second: the server's innodb_flush_log_at_trx_commit for the run
+// (the test server's 2, or 1, a log flush to disk at every commit).
 void BM_Definition_CascadeDelete_UnitVsAutocommit(benchmark::State& state) {
   Session session;
   const bool stored = state.range(0) != 0;
+  const auto flush = [&](int64_t value) {
+    session.Handler().Connection()->ExecuteNonQuery("SET GLOBAL innodb_flush_log_at_trx_commit = " +
+                                                    std::to_string(value));
+  };
+  flush(state.range(1));
   int n = 0;
   int32_t in_unit = -1, alone = -1;
   orvbench::TakeTurns(
@@ -186,10 +193,13 @@ void BM_Definition_CascadeDelete_UnitVsAutocommit(benchmark::State& state) {
       },
       "unit", [&] { session.Delete(in_unit); }, "autocommit",
       [&] { session.DeleteInAutocommit(alone); });
+  flush(2);
 }
 BENCHMARK(BM_Definition_CascadeDelete_UnitVsAutocommit)
-    ->Arg(0)
-    ->Arg(1)
+    ->Args({0, 2})
+    ->Args({1, 2})
+    ->Args({0, 1})
+    ->Args({1, 1})
     ->Iterations(30)
     ->UseManualTime()
     ->Unit(benchmark::kMicrosecond);
