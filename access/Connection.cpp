@@ -373,6 +373,10 @@ void CConnection::CloseQuietly() noexcept {
   if (depth_ == 0) Release();
 }
 
+bool CConnection::InTransaction() const {
+  return db_ && (db_->server_status & SERVER_STATUS_IN_TRANS) != 0;
+}
+
 void CConnection::StartSession() {
   if (depth_ == 0) {
     max_packet_ = 0;  // a new session reads the server's limit afresh

@@ -63,6 +63,8 @@ class CConnection final : public IConnection {
   int32_t SessionDepth() const { return depth_; }
   // True while a database connection is held.
   bool IsOpen() const { return db_ != nullptr; }
+  // True while the server reports a transaction open on the held connection.
+  bool InTransaction() const;
   // The connection string with the password masked.
   const std::string& MaskedConnectionString() const { return masked_connection_string_; }
   // Reports every statement to the observer (besides the process's); null for none.

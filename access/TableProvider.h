@@ -19,6 +19,7 @@
 #include <utility>
 #include <vector>
 
+#include "access/Atomic.h"
 #include "access/DataSourceBase.h"
 #include "orvmysql/Attributes.h"
 #include "orvmysql/List.h"
@@ -231,6 +232,14 @@ class TableProvider : public DataSourceBase {
   // the connection held open; the failure then goes on unchanged.
   template <class Body>
   auto InSession(Body&& body, Where where = __builtin_LINE());
+
+  // Runs body as one unit of work (access/Atomic.h) in a session level of its
+  // own: its statements commit together or not at all, a deadlock runs it
+  // again from the start, and inside another unit it joins that one.
+  template <class Body>
+  auto AsOneUnit(Body&& body, Where where = __builtin_LINE()) {
+    return detail::Atomically(Conn(), std::forward<Body>(body), where);
+  }
 
   // In one session: a new key for the entity type, then the INSERT that
   // statement(key) builds, then, when a row was inserted, inserted(key).

@@ -131,9 +131,17 @@ double MicrosecondsOf(const std::function<void()>& work) {
 void TakeTurns(benchmark::State& state, const std::string& first_name,
                const std::function<void()>& first, const std::string& second_name,
                const std::function<void()>& second) {
+  TakeTurns(
+      state, [] {}, first_name, first, second_name, second);
+}
+
+void TakeTurns(benchmark::State& state, const std::function<void()>& prepare,
+               const std::string& first_name, const std::function<void()>& first,
+               const std::string& second_name, const std::function<void()>& second) {
   std::vector<double> first_us, second_us;
   bool first_goes_first = true;
   for (auto _ : state) {
+    prepare();
     if (first_goes_first) first_us.push_back(MicrosecondsOf(first));
     second_us.push_back(MicrosecondsOf(second));
     if (!first_goes_first) first_us.push_back(MicrosecondsOf(first));

@@ -98,5 +98,10 @@ void SetStatements(benchmark::State& state, long long statements);
 void TakeTurns(benchmark::State& state, const std::string& first_name,
                const std::function<void()>& first, const std::string& second_name,
                const std::function<void()>& second);
+// As above, with prepare run untimed before each pair (to give each its own
+// rows to work on).
+void TakeTurns(benchmark::State& state, const std::function<void()>& prepare,
+               const std::string& first_name, const std::function<void()>& first,
+               const std::string& second_name, const std::function<void()>& second);
 
 }  // namespace orvbench

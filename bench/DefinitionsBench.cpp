@@ -97,6 +97,23 @@ class Session : public orvbench::CountedSession {
 
   void Delete(int32_t definition) { definitions_->Delete(definition); }
 
+  // The statements of the cascade, each committing by itself.
+  void DeleteInAutocommit(int32_t definition) {
+    const std::string id = std::to_string(definition);
+    const std::string activities =
+        "(SELECT ActivityID FROM tblActivities WHERE FKProcDefinitionID =" + id + ")";
+    for (const std::string& sql :
+         {"DELETE FROM tblActivityParamBag WHERE FKActivityID IN " + activities,
+          "DELETE FROM tblActivityPropertyBag WHERE FKActivityID IN " + activities,
+          "DELETE FROM tblActivities WHERE FKProcDefinitionID =" + id,
+          "DELETE FROM tblTransitions WHERE FKProcDefinitionID =" + id,
+          "DELETE FROM tblSwitches WHERE FKProcDefinitionID =" + id,
+          "DELETE FROM tblProcessParams WHERE FKProcDefID =" + id,
+          "DELETE FROM tblProcessDef WHERE ProcessDefID = " + id}) {
+      Handler().Connection()->ExecuteNonQuery(sql);
+    }
+  }
+
  private:
   std::shared_ptr<orvmysql::IOrvDefinitionsDP> definitions_;
   std::shared_ptr<orvmysql::IActivitiesDP> activities_;
@@ -151,5 +168,40 @@ void BM_Definition_CascadeDelete(benchmark::State& state) {
   SetStatements(state, statements);
 }
 BENCHMARK(BM_Definition_CascadeDelete)->Unit(benchmark::kMillisecond);
+
+// The cascade as one unit of work against its statements each committing by
+// itself, taking turns. First argument: 0, the definitions do not exist (the
+// cost of the brackets alone); 1, each is a freshly stored definition of 50
+// activities. Second: the server's innodb_flush_log_at_trx_commit for the run
+// (the test server's 2, or 1, a log flush to disk at every commit).
+void BM_Definition_CascadeDelete_UnitVsAutocommit(benchmark::State& state) {
+  Session session;
+  const bool stored = state.range(0) != 0;
+  const auto flush = [&](int64_t value) {
+    session.Handler().Connection()->ExecuteNonQuery("SET GLOBAL innodb_flush_log_at_trx_commit = " +
+                                                    std::to_string(value));
+  };
+  flush(state.range(1));
+  int n = 0;
+  int32_t in_unit = -1, alone = -1;
+  orvbench::TakeTurns(
+      state,
+      [&] {
+        if (!stored) return;
+        in_unit = session.Store("unit " + std::to_string(n));
+        alone = session.Store("autocommit " + std::to_string(n++));
+      },
+      "unit", [&] { session.Delete(in_unit); }, "autocommit",
+      [&] { session.DeleteInAutocommit(alone); });
+  flush(2);
+}
+BENCHMARK(BM_Definition_CascadeDelete_UnitVsAutocommit)
+    ->Args({0, 2})
+    ->Args({1, 2})
+    ->Args({0, 1})
+    ->Args({1, 1})
+    ->Iterations(30)
+    ->UseManualTime()
+    ->Unit(benchmark::kMicrosecond);
 
 }  // namespace

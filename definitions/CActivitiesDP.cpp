@@ -55,7 +55,7 @@ bool CActivitiesDP::Delete(int32_t /*definition_id*/, const std::string& activit
       ThrowRuntimeError(kErrTypeMismatch, "the activity id '" + activity_id + "' is not a number");
     }
     const std::string& id = activity_id;
-    return InSession([&] {
+    return AsOneUnit([&] {
       NonQuery("DELETE FROM tblActivityParamBag WHERE FKActivityID = " + id);
       NonQuery("DELETE FROM tblActivityPropertyBag WHERE FKActivityID = " + id);
       NonQuery("DELETE FROM tblActivities WHERE ActivityID = " + id);

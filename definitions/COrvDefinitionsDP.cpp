@@ -97,7 +97,8 @@ constexpr CascadeStep kCascade[] = {
 
 bool COrvDefinitionsDP::Delete(int32_t definition_id) {
   return detail::Guard({"COrvDefinitionsDP: IOrvDefinitionsDP_Delete Function (", true}, [&] {
-    return InSession([&] {
+    // Half a definition is worse than none: the cascade commits as a whole.
+    return AsOneUnit([&] {
       const std::string id = std::to_string(definition_id);
       for (const CascadeStep& step : kCascade) {
         NonQuery(std::string(step.head) + id + std::string(step.tail));

@@ -48,7 +48,12 @@ class ORVMYSQL_EXPORT CDPConnector : public IDPConnector {
 // The session's connection, the only path to the database. Sessions nest: the
 // first StartSession opens the database connection and the matching last
 // EndSession closes it; a statement outside any session opens and closes a
-// connection of its own. Every statement commits by itself.
+// connection of its own. Every statement commits by itself, except in the
+// operations documented as one transaction: they run between START
+// TRANSACTION and COMMIT in a session level of their own, roll back before a
+// failure is raised, run again as a whole after a deadlock (1213), and join a
+// transaction the caller has opened on the connection instead of starting
+// their own.
 //
 // Connects with the connector's values as they are (a password may hold ";")
 // and the settings of the standard option files (TLS, time limits; see the

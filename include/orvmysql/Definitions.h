@@ -29,8 +29,9 @@
 //   from trusted code, never from an end user.
 // - Reading operations return the rows of one table with the columns named in
 //   the select list of each provider; no order is imposed unless stated.
-// - Failures are raised as orvmysql::Error; statements that ran before a
-//   failure stay applied (there are no transactions).
+// - Failures are raised as orvmysql::Error. The two cascading deletes are all
+//   or nothing (one transaction each, see IConnection); elsewhere each
+//   statement commits by itself.
 
 #include <cstdint>
 #include <memory>
@@ -81,8 +82,8 @@ class ORVMYSQL_EXPORT IOrvDefinitionsDP : public virtual IObject {
  public:
   // Deletes the definition and everything that hangs on it: the parameter and
   // property bags of its activities, its activities, transitions, switches and
-  // process parameters, then the definition row. Always true. Process
-  // instances are not checked (see IsOrvdefinitionInUse).
+  // process parameters, then the definition row, as one transaction. Always
+  // true. Process instances are not checked (see IsOrvdefinitionInUse).
   virtual bool Delete(int32_t definition_id) = 0;
   // True when a process instance refers to the definition.
   virtual bool IsOrvdefinitionInUse(int32_t definition_id) = 0;
@@ -130,8 +131,8 @@ class ORVMYSQL_EXPORT IOrvDefinitionsDP : public virtual IObject {
 // Update still reads and checks all 16 positions.
 class ORVMYSQL_EXPORT IActivitiesDP : public virtual IObject {
  public:
-  // Deletes the activity's parameter bag, its property bag, then the activity.
-  // Transitions that point at it are left alone. The first argument is not
+  // Deletes the activity's parameter bag, its property bag, then the activity,
+  // as one transaction. Transitions that point at it are left alone. The first argument is not
   // used. The activity ID is given as text and must be a number (error 13
   // otherwise, before anything is deleted). Always true.
   virtual bool Delete(int32_t definition_id, const std::string& activity_id) = 0;
