@@ -154,7 +154,7 @@ bool COrvEngineDP::SkipSelected(const std::string& select) {
     steps.push_back(
         {Cat(kTasks.update, " `State` = ", kSkipped, " WHERE ActivityInstanceID = ", id)});
   }
-  RunSteps(steps);
+  AsOneUnit([&] { RunSteps(steps); });
   EndSession();
   return true;
 }
@@ -162,7 +162,8 @@ bool COrvEngineDP::SkipSelected(const std::string& select) {
 void COrvEngineDP::DeleteLog(const std::string& ids) {
   std::vector<Step> steps;
   for (std::string_view head : kLogCascade) steps.push_back({Cat(head, ids, ")")});
-  RunSteps(steps);
+  // A list's log goes whole or not at all; a blank-mode batch is one list.
+  AsOneUnit([&] { RunSteps(steps); });
 }
 
 // IOrvEngineDP
@@ -170,10 +171,12 @@ void COrvEngineDP::DeleteLog(const std::string& ids) {
 bool COrvEngineDP::PauseProcess(int32_t proc_instance_id) {
   return detail::Guard({kAt.pause}, [&] {
     StartSession();
-    const std::string ids = GetAllProcInstanceSiblings(proc_instance_id);
-    std::vector<Step> steps;
-    for (const TreeTable* t : kTree) steps.push_back({Pause(*t, ids)});
-    const bool paused = RunSteps(steps).back() >= 1;
+    const bool paused = AsOneUnit([&] {
+      const std::string ids = GetAllProcInstanceSiblings(proc_instance_id);
+      std::vector<Step> steps;
+      for (const TreeTable* t : kTree) steps.push_back({Pause(*t, ids)});
+      return RunSteps(steps).back() >= 1;
+    });
     EndSession();
     return paused;
   });
@@ -182,17 +185,20 @@ bool COrvEngineDP::PauseProcess(int32_t proc_instance_id) {
 bool COrvEngineDP::ResumeProcess(int32_t proc_instance_id) {
   return detail::Guard({kAt.resume}, [&] {
     StartSession();
-    const std::string ids = GetAllProcInstanceSiblings(proc_instance_id);
-    // Per table: the rows with the paused flag alone; only when there are
-    // none, the rows with both flags.
-    std::vector<Step> steps;
-    for (const TreeTable* t : kTree) {
-      steps.push_back({Resume(*t, ids, false)});
-      steps.push_back({Resume(*t, ids, true), true});
-    }
-    const auto changed = RunSteps(steps);
+    const bool resumed = AsOneUnit([&] {
+      const std::string ids = GetAllProcInstanceSiblings(proc_instance_id);
+      // Per table: the rows with the paused flag alone; only when there are
+      // none, the rows with both flags.
+      std::vector<Step> steps;
+      for (const TreeTable* t : kTree) {
+        steps.push_back({Resume(*t, ids, false)});
+        steps.push_back({Resume(*t, ids, true), true});
+      }
+      const auto changed = RunSteps(steps);
+      return std::max(changed[4], changed[5]) >= 1;
+    });
     EndSession();
-    return std::max(changed[4], changed[5]) >= 1;
+    return resumed;
   });
 }
 
@@ -218,8 +224,13 @@ bool COrvEngineDP::EndProcess(int32_t proc_instance_id, bool clear_log) {
             " AND NOT EXISTS ( SELECT 1 FROM tblActivityInstance  WHERE FKProcInstanceID = ", id,
             " AND ", Has(kTasks.state, kOpen), ")");
     StartSession();
-    const bool ended = RunSteps({Step{end}}).back() > 0;
-    if (ended && clear_log) ClearLog(GetAllProcInstanceSiblings(proc_instance_id));
+    // Alone, the one UPDATE needs no unit; with the log it clears, it is one.
+    const auto end_tree = [&] {
+      const bool ended = RunSteps({Step{end}}).back() > 0;
+      if (ended && clear_log) ClearLog(GetAllProcInstanceSiblings(proc_instance_id));
+      return ended;
+    };
+    const bool ended = clear_log ? AsOneUnit(end_tree) : end_tree();
     EndSession();
     return ended;
   });
@@ -231,8 +242,11 @@ bool COrvEngineDP::TerminateProcess(int32_t proc_instance_id, bool clear_log) {
     std::vector<Step> steps;
     for (const TreeTable* t : kTree) steps.push_back({Terminate(*t, ids)});
     StartSession();
-    const bool terminated = RunSteps(steps).back() >= 1;
-    if (clear_log) ClearLog(ids);
+    const bool terminated = AsOneUnit([&] {
+      const bool changed = RunSteps(steps).back() >= 1;
+      if (clear_log) ClearLog(ids);
+      return changed;
+    });
     EndSession();
     return terminated;
   });

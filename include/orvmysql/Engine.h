@@ -24,8 +24,13 @@
 // - Sessions: the multi-statement operations run between StartSession and
 //   EndSession. A failing operation re-raises the error with its location
 //   appended WITHOUT ending the session it opened (nor any other), so the
-//   caller's session count stays one higher; the engine ends it. Statements
-//   that ran before a failure stay applied (there are no transactions).
+//   caller's session count stays one higher; the engine ends it.
+// - Transactions: pause, resume, terminate, end with its log clearing, both
+//   skips, and each list (or blank-mode batch) of ClearLog run their changes
+//   as one transaction (see IConnection): a failure, or a server lost part
+//   way, leaves none of them applied, and ROLLBACK is sent before the error
+//   is raised, so the session left open holds no row lock. EndProcess without
+//   clear_log is one statement and needs none.
 // - Ids are 32-bit integers written in decimal; texts reach SQL only quoted by
 //   GetQuotedString. Two inputs are raw SQL by design and must be the engine's
 //   own text, never an end user's: the condition of SkipActivity, and nothing

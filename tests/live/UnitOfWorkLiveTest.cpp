@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "orvmysql/Definitions.h"
+#include "orvmysql/Engine.h"
 #include "orvmysql/Observer.h"
 #include "support/ErrorCapture.h"
 #include "support/LiveDb.h"
@@ -83,6 +84,80 @@ struct DefinitionGraph {
   std::vector<int32_t> activities;
 };
 
+// A process tree: a root and a sub-process sharing a TreeID, an activity
+// instance and a work item on each (both activity instances in one split,
+// which has a path), and a row in each other table of the log, under keys
+// from base up.
+struct EngineTree {
+  explicit EngineTree(int32_t base) : base(base) {}
+
+  std::string Key(int offset) const { return std::to_string(base + offset); }
+  std::string Ids() const { return Key(0) + "," + Key(1); }
+
+  void Insert(const Exec& exec, int32_t root, int32_t sub, int32_t tasks) const {
+    const std::string tree = "'T" + Key(0) + "'", t = std::to_string(tasks);
+    exec("INSERT INTO tblProcessInstance (ProcInstanceID, TreeID, State) VALUES (" + Key(0) + "," +
+         tree + "," + std::to_string(root) + "),(" + Key(1) + "," + tree + "," +
+         std::to_string(sub) + ")");
+    exec(
+        "INSERT INTO tblActivityInstance (ActivityInstanceID, FKProcInstanceID, "
+        "FKsplitInstanceID, State) VALUES (" +
+        Key(10) + "," + Key(0) + "," + Key(70) + "," + t + "),(" + Key(11) + "," + Key(1) + "," +
+        Key(70) + "," + t + ")");
+    exec(
+        "INSERT INTO tblWorkitems (WorkitemID, FKProcInstanceID, FKActivityInstanceID, State) "
+        "VALUES (" +
+        Key(20) + "," + Key(0) + "," + Key(10) + "," + t + "),(" + Key(21) + "," + Key(1) + "," +
+        Key(11) + "," + t + ")");
+    exec("INSERT INTO tblProcSplitInstance (SplitInstanceID, FKProcInstanceID) VALUES (" + Key(70) +
+         "," + Key(0) + ")");
+    exec("INSERT INTO tblProcPathInstance (PathID, FKSplitInstanceID, FKProcInstanceID) VALUES (" +
+         Key(80) + "," + Key(70) + "," + Key(0) + ")");
+    exec("INSERT INTO tblAIPropertyData (AIPropertyID, FKActivityInstanceID) VALUES (" + Key(30) +
+         "," + Key(10) + ")");
+    exec("INSERT INTO tblActivityInstanceData (AIParameterID, FKActivityInstanceID) VALUES (" +
+         Key(40) + "," + Key(10) + ")");
+    exec("INSERT INTO tblPIReleventData (PIReleventDataID, FKProcInstanceID) VALUES (" + Key(50) +
+         "," + Key(0) + ")");
+    exec("INSERT INTO tblProcInstanceData (ProcInstanceDataID, FKProcInstanceID) VALUES (" +
+         Key(60) + "," + Key(0) + ")");
+    exec("INSERT INTO tblProcThreadInstance (ThreadID, FKProcInstanceID) VALUES ('t" + Key(0) +
+         "'," + Key(0) + ")");
+  }
+
+  // The tree's rows as text: keys relative to base, the State words, whether
+  // a finish date is set, and the row counts of the other log tables. Two
+  // trees that went through the same give the same text.
+  std::string Snapshot(const Scalar& scalar) const {
+    const std::string in = " IN (" + Ids() + ")";
+    const auto states = [&](const std::string& key, const std::string& table,
+                            const std::string& owner) {
+      return scalar("SELECT IFNULL(GROUP_CONCAT(CONCAT(" + key + " - " + Key(0) +
+                    ", ':', IFNULL(State, -1), ':', FinishedOn IS NULL) ORDER BY " + key +
+                    "), '') FROM " + table + " WHERE " + owner + in);
+    };
+    std::string text = states("ProcInstanceID", "tblProcessInstance", "ProcInstanceID") + " | " +
+                       states("ActivityInstanceID", "tblActivityInstance", "FKProcInstanceID") +
+                       " | " + states("WorkitemID", "tblWorkitems", "FKProcInstanceID") + " |";
+    for (const char* table : {"tblProcSplitInstance", "tblProcPathInstance", "tblPIReleventData",
+                              "tblProcInstanceData", "tblProcThreadInstance"}) {
+      text += " " +
+              scalar(std::string("SELECT COUNT(*) FROM ") + table + " WHERE FKProcInstanceID" + in);
+    }
+    for (const char* table : {"tblAIPropertyData", "tblActivityInstanceData"}) {
+      text += " " + scalar(std::string("SELECT COUNT(*) FROM ") + table +
+                           " WHERE FKActivityInstanceID IN (" + Key(10) + "," + Key(11) + ")");
+    }
+    return text;
+  }
+
+  int32_t base;
+};
+
+constexpr int32_t kOpen = 67108864;
+constexpr int32_t kPausedOpen = 67108864 | 536870912;
+constexpr int32_t kCompleted = 134217729;
+
 class UnitOfWorkLive : public LiveTest {
  protected:
   // A trigger that makes the server refuse the statements of its event, for
@@ -135,6 +210,36 @@ TEST_F(UnitOfWorkLive, FailedCascadeRollsBackAndHoldsNoLockInAnOpenSession) {
     // once (a lock left behind would make it wait a second and fail).
     EXPECT_EQ(competitor->ExecuteNonQuery(touch_bags), 4);
   }
+  competitor->EndSession();
+  handler->EndSession();
+}
+
+TEST_F(UnitOfWorkLive, FailedTreeOperationHoldsNoLockThoughItsSessionStaysOpen) {
+  const EngineTree tree(3000);
+  tree.Insert([&](const std::string& sql) { Db().Exec(sql); }, kOpen, kOpen, kOpen);
+  const Scalar scalar = [&](const std::string& sql) { return Db().Scalar(sql); };
+  const std::string before = tree.Snapshot(scalar);
+  // Pausing changes the work items and activity instances, then is refused
+  // at the process instances; the operation does not end its session, so
+  // the connection stays open.
+  const RefusingTrigger refuse("BEFORE UPDATE ON tblProcessInstance");
+  auto handler = Handler();
+  auto engine = Provider<orvmysql::IOrvEngineDP>(handler, orvmysql::kDsEngine);
+  const orvmysql::Error e = Raised([&] { engine->PauseProcess(tree.base); });
+  EXPECT_NE(e.Description().find("refused by the test"), std::string::npos) << e.Description();
+  EXPECT_EQ(tree.Snapshot(scalar), before);
+
+  auto competitor = Db().NewConnection();
+  competitor->StartSession();
+  competitor->ExecuteNonQuery("SET SESSION innodb_lock_wait_timeout = 1");
+  EXPECT_EQ(competitor->ExecuteNonQuery("UPDATE tblWorkitems SET State = State WHERE "
+                                        "FKProcInstanceID IN (" +
+                                        tree.Ids() + ")"),
+            2);
+  EXPECT_EQ(competitor->ExecuteNonQuery("UPDATE tblActivityInstance SET State = State WHERE "
+                                        "FKProcInstanceID IN (" +
+                                        tree.Ids() + ")"),
+            2);
   competitor->EndSession();
   handler->EndSession();
 }
@@ -235,6 +340,60 @@ TEST_F(UnitOfWorkKill, ActivityDeleteIsWholeOrAbsent) {
     EXPECT_EQ(graph.Counts(Scalar), std::string(marker) == "COMMIT"
                                         ? DefinitionGraph::kFirstActivityGone
                                         : DefinitionGraph::kFull);
+  }
+}
+
+TEST_F(UnitOfWorkKill, EngineTreeOperationsAreWholeOrAbsent) {
+  struct Case {
+    const char* name;
+    int32_t root, sub, tasks;
+    const char* kill_after;
+    std::function<void(orvmysql::IOrvEngineDP&, const EngineTree&)> run;
+  };
+  const auto skip_both = [](orvmysql::IOrvEngineDP& engine, const EngineTree& tree) {
+    engine.SkipActivity("tblActivityInstance.ActivityInstanceID IN (" + tree.Key(10) + "," +
+                        tree.Key(11) + ")");
+  };
+  const std::vector<Case> cases = {
+      {"pause", kOpen, kOpen, kOpen, "UPDATE tblActivityInstance",
+       [](auto& engine, const auto& tree) { engine.PauseProcess(tree.base); }},
+      {"resume", kPausedOpen, kPausedOpen, kPausedOpen, "UPDATE tblActivityInstance",
+       [](auto& engine, const auto& tree) { engine.ResumeProcess(tree.base); }},
+      {"terminate", kOpen, kOpen, kOpen, "UPDATE tblActivityInstance",
+       [](auto& engine, const auto& tree) { engine.TerminateProcess(tree.base, false); }},
+      {"terminate and clear the log", kOpen, kOpen, kOpen, "DELETE FROM tblActivityInstance ",
+       [](auto& engine, const auto& tree) { engine.TerminateProcess(tree.base, true); }},
+      {"end and clear the log", kOpen, kCompleted, kCompleted, " DELETE FROM tblWorkitems",
+       [](auto& engine, const auto& tree) { engine.EndProcess(tree.base, true); }},
+      {"end and clear the log, killed after the commit", kOpen, kCompleted, kCompleted, "COMMIT",
+       [](auto& engine, const auto& tree) { engine.EndProcess(tree.base, true); }},
+      {"skip", kOpen, kOpen, kOpen, "UPDATE tblActivityInstance", skip_both},
+      {"skip on a split", kOpen, kOpen, kOpen, "UPDATE tblActivityInstance",
+       [](auto& engine, const auto& tree) { engine.SkipPendingTaskOnSplit(tree.base + 80); }},
+      {"clear the log", kCompleted, kCompleted, kCompleted, "DELETE FROM tblProcPathInstance",
+       [](auto& engine, const auto& tree) { engine.ClearLog(tree.Ids()); }},
+  };
+  int32_t base = 100000;
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    const EngineTree twin(base += 1000), killed(base += 1000);
+    twin.Insert(Exec, c.root, c.sub, c.tasks);
+    killed.Insert(Exec, c.root, c.sub, c.tasks);
+    const std::string before = killed.Snapshot(Scalar);
+    {
+      auto handler = NewHandler();
+      c.run(*Provider<orvmysql::IOrvEngineDP>(*handler, orvmysql::kDsEngine), twin);
+    }
+    const std::string applied = twin.Snapshot(Scalar);
+    ASSERT_NE(applied, before) << "the operation changed nothing";
+    const bool committed = std::string(c.kill_after) == "COMMIT";
+    EXPECT_EQ(KilledAfter(c.kill_after,
+                          [&](orvmysql::CMYSqlDP& handler) {
+                            c.run(*Provider<orvmysql::IOrvEngineDP>(handler, orvmysql::kDsEngine),
+                                  killed);
+                          }),
+              !committed);
+    EXPECT_EQ(killed.Snapshot(Scalar), committed ? applied : before);
   }
 }
 

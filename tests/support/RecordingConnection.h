@@ -80,11 +80,15 @@ class RecordingConnection : public orvmysql::IConnection {
     return default_value;
   }
 
-  // The recorded statements without those of the key generator.
+  // The recorded statements without those of the key generator and the
+  // transaction brackets (which `statements` keeps).
   std::vector<std::string> Written() const {
     std::vector<std::string> written;
     for (const std::string& sql : statements) {
-      if (!Has(sql, "tblKeyGen")) written.push_back(sql);
+      if (!Has(sql, "tblKeyGen") && sql != "START TRANSACTION" && sql != "COMMIT" &&
+          sql != "ROLLBACK") {
+        written.push_back(sql);
+      }
     }
     return written;
   }

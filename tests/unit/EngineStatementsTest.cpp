@@ -340,20 +340,22 @@ TEST_F(EngineStatements, CaseDataFromTheProcessFromAllTasksAndFromOneTask) {
 
 // Every multi-statement operation runs in one session of its own, with the
 // engine's asymmetries: nothing selected to skip leaves the session open, a
-// refused ClearLog ends it twice, a blank skip opens none.
+// refused ClearLog ends it twice, a blank skip opens none. A unit of work
+// (UnitOfWorkTest) adds a level of its own, unless it joins an open one.
 TEST_F(EngineStatements, SessionBrackets) {
   struct Bracket {
     std::function<void(COrvEngineDP&)> call;
     int starts, ends;
   };
   const std::vector<Bracket> brackets = {
-      {[](auto& e) { e.PauseProcess(7); }, 1, 1},
-      {[](auto& e) { e.ResumeProcess(7); }, 1, 1},
-      {[](auto& e) { e.TerminateProcess(7, false); }, 1, 1},
-      {[](auto& e) { e.TerminateProcess(7, true); }, 2, 2},
-      {[](auto& e) { e.EndProcess(7, true); }, 2, 2},
+      {[](auto& e) { e.PauseProcess(7); }, 2, 2},
+      {[](auto& e) { e.ResumeProcess(7); }, 2, 2},
+      {[](auto& e) { e.TerminateProcess(7, false); }, 2, 2},
+      {[](auto& e) { e.TerminateProcess(7, true); }, 3, 3},
+      {[](auto& e) { e.EndProcess(7, true); }, 3, 3},
+      {[](auto& e) { e.EndProcess(7, false); }, 1, 1},
       {[](auto& e) { e.ClearLog(""); }, 1, 1},
-      {[](auto& e) { e.SkipActivity("FKProcInstanceID = 12"); }, 1, 1},
+      {[](auto& e) { e.SkipActivity("FKProcInstanceID = 12"); }, 2, 2},
       {[](auto& e) { e.SkipActivity("FKProcInstanceID = 99"); }, 1, 0},
       {[](auto& e) { e.SkipPendingTaskOnSplit(8); }, 1, 0},
       {[](auto& e) { e.SkipActivity(""); }, 0, 0},

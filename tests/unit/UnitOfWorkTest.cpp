@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,6 +15,7 @@
 #include "access/ErrorHandling.h"
 #include "definitions/CActivitiesDP.h"
 #include "definitions/COrvDefinitionsDP.h"
+#include "runtime/COrvEngineDP.h"
 #include "support/ErrorCapture.h"
 #include "support/RecordingConnection.h"
 
@@ -24,13 +26,16 @@ using orvtest::On;
 using orvtest::Raised;
 
 // Fails the statements holding deadlock_on with the server's deadlock (1213),
-// as often as deadlocks says.
+// as often as deadlocks says; notes the session depth at each COMMIT.
 class DeadlockingConnection : public orvtest::RecordingConnection {
  public:
   std::string deadlock_on;
   int deadlocks = 0;
 
+  std::vector<int> depth_at_commit;
+
   int32_t ExecuteNonQuery(const std::string& sql) override {
+    if (sql == "COMMIT") depth_at_commit.push_back(depth);
     if (deadlocks > 0 && !deadlock_on.empty() && sql.find(deadlock_on) != std::string::npos) {
       --deadlocks;
       statements.push_back(sql);
@@ -44,6 +49,19 @@ class DeadlockingConnection : public orvtest::RecordingConnection {
 
   long Sent(const std::string& sql) const {
     return std::count(statements.begin(), statements.end(), sql);
+  }
+
+  // The statements as one letter each: S START TRANSACTION, C COMMIT,
+  // R ROLLBACK, . any other.
+  std::string Shape() const {
+    std::string shape;
+    for (const std::string& sql : statements) {
+      shape += sql == "START TRANSACTION" ? 'S'
+               : sql == "COMMIT"          ? 'C'
+               : sql == "ROLLBACK"        ? 'R'
+                                          : '.';
+    }
+    return shape;
   }
 };
 
@@ -208,6 +226,59 @@ TEST(UnitOfWork, InnerUnitJoinsTheOpenOneAndItsDeadlockRunsTheOuterAgain) {
   connection->statements.clear();
   activities->Delete(1, "9");
   EXPECT_EQ(connection->statements.front(), "START TRANSACTION");
+}
+
+// Where the engine's units begin and end, on the tree 12, 13, 27 of instance
+// 7: around the changes of each tree operation, with ClearLog joining the unit
+// of end and terminate and each blank-mode batch a unit of its own; one
+// UPDATE alone, and a selection that finds nothing to skip, need none.
+TEST(UnitOfWork, EngineOperationsBracketTheirChanges) {
+  const std::string log(10, '.');  // the ten deletions of a log
+  struct Case {
+    std::function<void(COrvEngineDP&)> call;
+    std::string shape;
+    std::string fail_on{};
+  };
+  const std::vector<Case> cases = {
+      {[](auto& e) { e.PauseProcess(7); }, "S....C"},  // the tree, three tables
+      {[](auto& e) { e.ResumeProcess(7); }, "S....C"},
+      {[](auto& e) { e.TerminateProcess(7, false); }, ".S...C"},
+      {[](auto& e) { e.TerminateProcess(7, true); }, ".S...." + log + "C"},
+      {[](auto& e) { e.EndProcess(7, false); }, "."},
+      {[](auto& e) { e.EndProcess(7, true); }, "S..." + log + "C"},
+      {[](auto& e) { e.SkipActivity("FKProcInstanceID = 12"); }, ".S....C"},
+      {[](auto& e) { e.SkipActivity("FKProcInstanceID = 99"); }, "."},
+      {[](auto& e) { e.ClearLog("12,13"); }, ".S" + log + "C"},
+      {[](auto& e) { e.ClearLog(""); }, ".S" + log + "CS" + log + "C"},  // batches of 2
+      {[](auto& e) { e.PauseProcess(7); }, "S....R", "UPDATE tblProcessInstance"},
+      {[](auto& e) { e.TerminateProcess(7, true); }, ".S...." + log + "R",
+       " DELETE FROM tblProcessInstance"},
+  };
+  SetClearLogBatchSizeForTesting(2);
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    auto connection = std::make_shared<DeadlockingConnection>();
+    connection->rows = {{"TreeID IN", {"ProcInstanceID"}, {{12}, {13}, {27}}},
+                        {"= 134217728", {"ProcInstanceID"}, {{12}, {13}, {27}}},
+                        {"WHERE FKProcInstanceID = 12", {"ActivityInstanceID"}, {{5}, {6}}}};
+    connection->fail_on = cases[i].fail_on;
+    try {
+      cases[i].call(*On<COrvEngineDP>(connection));
+      EXPECT_TRUE(cases[i].fail_on.empty()) << "case " << i << " should have failed";
+    } catch (const Error&) {
+      EXPECT_FALSE(cases[i].fail_on.empty()) << "case " << i;
+    }
+    EXPECT_EQ(connection->Shape(), cases[i].shape) << "case " << i;
+  }
+  SetClearLogBatchSizeForTesting(0);
+
+  // A refused ClearLog ends its session twice inside the unit of end; the
+  // unit still commits on the connection it began on.
+  auto connection = std::make_shared<DeadlockingConnection>();
+  connection->rows = {{"TreeID IN", {"ProcInstanceID"}, {{12}, {13}, {27}}}};
+  connection->scalars = {{"ProcInstanceID IN (12,13,27)", "13"}};
+  EXPECT_TRUE(On<COrvEngineDP>(connection)->EndProcess(7, true));
+  EXPECT_EQ(connection->Shape(), "S...C");
+  EXPECT_EQ(connection->depth_at_commit, std::vector<int>{1});
 }
 
 }  // namespace
