@@ -22,6 +22,16 @@ constexpr int32_t kCompleted = 1;  // added to a closed word
 
 const char* const kResources[kItemsPerActivity] = {"ann", "bob"};
 
+// The process instance's parameter values: name, value, data type (1 is
+// stored as text, 2 and 5 as numbers).
+struct Value {
+  const char* name;
+  const char* value;
+  int32_t type;
+};
+constexpr Value kValues[] = {
+    {"Supplier", "Office Chairs Ltd", 1}, {"Quantity", "12", 2}, {"Amount", "1250.50", 5}};
+
 // A query document in which every condition must hold.
 std::string Filter(std::vector<std::pair<std::string, Variant>> conditions) {
   orvmysql::CQuery query;
@@ -97,23 +107,22 @@ struct CaseLife::Step {
 const std::vector<CaseLife::Step>& CaseLife::Steps() {
   static const std::vector<Step> steps = [] {
     std::vector<Step> list;
-    list.push_back({"start the process instance",
-                    [](CaseLife& c, const std::string& guid, CaseKeys& k) {
-                      c.StartProcess(guid, k);
-                    }});
+    list.push_back({"start the process instance", [](CaseLife& c, const std::string& guid,
+                                                     CaseKeys& k) { c.StartProcess(guid, k); }});
+    list.push_back({"record its parameter values",
+                    [](CaseLife& c, const std::string&, CaseKeys& k) { c.RecordValues(k); }});
     for (int a = 0; a < kCaseActivities; ++a) {
       const std::string which = " (activity " + std::to_string(a + 1) + ")";
-      list.push_back({"enter the activity" + which,
-                      [a](CaseLife& c, const std::string&, CaseKeys& k) { c.EnterActivity(a, k); }});
+      list.push_back({"enter the activity" + which, [a](CaseLife& c, const std::string&,
+                                                        CaseKeys& k) { c.EnterActivity(a, k); }});
       list.push_back(
           {"offer its work items" + which,
            [a](CaseLife& c, const std::string&, CaseKeys& k) { c.OfferWorkItems(a, k); }});
       list.push_back(
           {"acknowledge and finish the work items" + which,
            [a](CaseLife& c, const std::string&, CaseKeys& k) { c.FinishWorkItems(a, k); }});
-      list.push_back(
-          {"finish the activity" + which,
-           [a](CaseLife& c, const std::string&, CaseKeys& k) { c.FinishActivity(a, k); }});
+      list.push_back({"finish the activity" + which, [a](CaseLife& c, const std::string&,
+                                                         CaseKeys& k) { c.FinishActivity(a, k); }});
     }
     return list;
   }();
@@ -124,6 +133,7 @@ CaseLife::CaseLife(std::shared_ptr<orvmysql::CMYSqlDP> handler, const CaseDefini
     : handler_(std::move(handler)),
       definition_(definition),
       processes_(Source<orvmysql::IProcInstanceDP>(*handler_, orvmysql::kDsProcInstance)),
+      values_(Source<orvmysql::IProcInstanceParamsDP>(*handler_, orvmysql::kDsProcInstData)),
       tasks_(Source<orvmysql::IActivityInstanceDP>(*handler_, orvmysql::kDsActivityInstance)),
       items_(Source<orvmysql::IWorkitemsDP>(*handler_, orvmysql::kDsWorkitems)) {}
 
@@ -146,6 +156,12 @@ void CaseLife::StartProcess(const std::string& guid, CaseKeys& keys) {
   // Add hands back no key: the engine finds the instance by its GUID.
   keys.process = FirstKey(processes_->Load(Filter({{"GUID", guid}})), "ProcInstanceID");
   processes_->ChangeWIState(keys.process, kOpen, kStarted, false);
+}
+
+void CaseLife::RecordValues(const CaseKeys& keys) {
+  for (const Value& v : kValues) {
+    values_->Add({keys.process, v.name, v.value, v.type, 0, 0.0, 0.0, 1, "", "", ""});
+  }
 }
 
 void CaseLife::EnterActivity(int activity, CaseKeys& keys) {
@@ -175,9 +191,9 @@ void CaseLife::EnterActivity(int activity, CaseKeys& keys) {
                Variant(),
                2,
                ""});
-  keys.tasks[activity] = FirstKey(
-      tasks_->Load(Filter({{"FKProcInstanceID", keys.process}, {"FKActivityID", id}})),
-      "ActivityInstanceID");
+  keys.tasks[activity] =
+      FirstKey(tasks_->Load(Filter({{"FKProcInstanceID", keys.process}, {"FKActivityID", id}})),
+               "ActivityInstanceID");
   tasks_->ChangeAIState(keys.tasks[activity], kOpen, kStarted, false, "started");
 }
 

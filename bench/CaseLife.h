@@ -3,8 +3,9 @@
 // One case's life as the engine plays it through the library, as a list of
 // steps run in order on one handler (outside any session, as the engine calls
 // the providers): the process instance is started, three activities are
-// entered with two work items each, every activity instance and work item is
-// started or acknowledged and finished. The keys the library hands out are
+// given its parameter values, three activities are entered with two work
+// items each, every activity instance and work item is started or
+// acknowledged and finished. The keys the library hands out are
 // found again the way the engine finds them (by the GUID it gave the process
 // instance, by process and activity, by activity instance).
 
@@ -15,6 +16,7 @@
 #include <vector>
 
 #include "orvmysql/DataHandler.h"
+#include "orvmysql/InstanceData.h"
 #include "orvmysql/Runtime.h"
 
 namespace orvbench {
@@ -54,6 +56,7 @@ class CaseLife {
   static const std::vector<Step>& Steps();
 
   void StartProcess(const std::string& guid, CaseKeys& keys);
+  void RecordValues(const CaseKeys& keys);
   void EnterActivity(int activity, CaseKeys& keys);
   void OfferWorkItems(int activity, CaseKeys& keys);
   void FinishWorkItems(int activity, const CaseKeys& keys);
@@ -62,6 +65,7 @@ class CaseLife {
   std::shared_ptr<orvmysql::CMYSqlDP> handler_;
   CaseDefinition definition_;
   std::shared_ptr<orvmysql::IProcInstanceDP> processes_;
+  std::shared_ptr<orvmysql::IProcInstanceParamsDP> values_;
   std::shared_ptr<orvmysql::IActivityInstanceDP> tasks_;
   std::shared_ptr<orvmysql::IWorkitemsDP> items_;
 };

@@ -32,8 +32,8 @@ void Send(MYSQL* db, const std::string& sql) {
 }  // namespace
 
 void MoveKeyCountersForScript(orvmysql::IConnection& connection) {
-  const std::string start = std::to_string(kScriptKeyBase) + " - EntityTypeCode * " +
-                            std::to_string(kScriptKeySpan);
+  const std::string start =
+      std::to_string(kScriptKeyBase) + " - EntityTypeCode * " + std::to_string(kScriptKeySpan);
   connection.ExecuteNonQuery("UPDATE tblKeyGen SET LastAllocatedKey = " + start +
                              " WHERE LastAllocatedKey < " + start);
   const std::string past = connection.ExecuteScalar(
@@ -181,7 +181,8 @@ long long CaseScript::Play(MYSQL* db, FloorKeys& keys, const std::string& guid,
           auto known = fresh.begin();
           while (known != fresh.end() && known->first != piece.key) ++known;
           if (known == fresh.end()) {
-            const auto code = static_cast<int32_t>(-((piece.key - kScriptKeyBase) / kScriptKeySpan));
+            const auto code =
+                static_cast<int32_t>(-((piece.key - kScriptKeyBase) / kScriptKeySpan));
             fresh.emplace_back(piece.key, keys.Next(db, code, statements));
             known = fresh.end() - 1;
           }

@@ -1,7 +1,9 @@
 // A whole case's life (bench/CaseLife.h) played by 1, 2 and 4 client threads,
 // each with a handler of its own, on four paths that take turns:
-//   exact        single keys (no key blocks), no pooled connections
-//   fast         key blocks of 100 (ORVMYSQL_KEY_BLOCK=100)
+//   exact        single keys, no pooled connections (ORVMYSQL_POOL=off): a
+//                connection per call outside a session
+//   fast         pooled connections and key blocks of 100
+//                (ORVMYSQL_POOL=on, ORVMYSQL_KEY_BLOCK=100)
 //   *_floor      the statements the library sent for one case, sent again by
 //                bare Connector/C with fresh keys taken the way that path
 //                takes them (bench/CaseScript.h), one connection per thread
@@ -125,8 +127,8 @@ PathRun RunThreads(int threads, double seconds,
         while (player && Clock::now() < deadline) {
           char tree[33];
           std::snprintf(tree, sizeof tree, "%012llX%04X%016llX", run, t, n);
-          const std::string guid = "workload " + std::to_string(run) + "." +
-                                   std::to_string(t) + "." + std::to_string(n);
+          const std::string guid =
+              "workload " + std::to_string(run) + "." + std::to_string(t) + "." + std::to_string(n);
           statements += player(guid, tree);
           ++n;
         }
@@ -152,7 +154,11 @@ PathRun RunThreads(int threads, double seconds,
   return result;
 }
 
+// The library's paths. A connection reads ORVMYSQL_POOL at its first
+// statement, and GetNextID reads ORVMYSQL_KEY_BLOCK at every call; both are
+// set here, while no thread of the workload runs.
 PathRun RunLibrary(bool fast, int threads, double seconds) {
+  setenv("ORVMYSQL_POOL", fast ? "on" : "off", 1);
   if (fast) {
     setenv("ORVMYSQL_KEY_BLOCK", std::to_string(kFastKeyBlock).c_str(), 1);
   } else {
@@ -170,6 +176,7 @@ PathRun RunLibrary(bool fast, int threads, double seconds) {
     };
   });
   unsetenv("ORVMYSQL_KEY_BLOCK");
+  unsetenv("ORVMYSQL_POOL");
   return result;
 }
 
