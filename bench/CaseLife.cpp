@@ -52,35 +52,9 @@ int32_t FirstKey(const std::shared_ptr<orvmysql::IListIterator>& rows, const cha
 }  // namespace
 
 CaseDefinition StoreCaseDefinition(orvmysql::CMYSqlDP& handler) {
-  auto definitions = Source<orvmysql::IOrvDefinitionsDP>(handler, orvmysql::kDsDefinitions);
   auto activities = Source<orvmysql::IActivitiesDP>(handler, orvmysql::kDsActivities);
-  definitions->Add({"Purchase order (workload)",
-                    "",
-                    1,
-                    Variant(),
-                    Variant(),
-                    "bench",
-                    "",
-                    "u-1",
-                    "user",
-                    "",
-                    "",
-                    1,
-                    1,
-                    1,
-                    false,
-                    0,
-                    1,
-                    0,
-                    2,
-                    1,
-                    1,
-                    0,
-                    "",
-                    ""});
   CaseDefinition definition;
-  definition.process =
-      FirstKey(definitions->Load("ORDER BY ProcessDefID DESC LIMIT 1"), "ProcessDefID");
+  definition.process = StoreDefinition(handler, "Purchase order (workload)");
   for (int a = 0; a < kCaseActivities; ++a) {
     const std::string id = "step" + std::to_string(a + 1);
     activities->Add({"Step " + std::to_string(a + 1), "", 1, 0, 1, 1, 1, 1, 1, definition.process,
