@@ -22,7 +22,8 @@
 //
 // ORVMYSQL_WORKLOAD_ROUNDS (default 7) and ORVMYSQL_WORKLOAD_SECONDS (default
 // 0.6, per path and round) set the length of a row. On a loaded machine one
-// round of a path varies tenfold with the scheduling of client and server;
+// round of a path varies tenfold and more with the scheduling of client and
+// server;
 // many short rounds give steadier medians than a few long ones.
 
 #include <benchmark/benchmark.h>
