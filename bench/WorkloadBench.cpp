@@ -23,8 +23,7 @@
 // ORVMYSQL_WORKLOAD_ROUNDS (default 7) and ORVMYSQL_WORKLOAD_SECONDS (default
 // 0.6, per path and round) set the length of a row. On a loaded machine one
 // round of a path varies tenfold and more with the scheduling of client and
-// server;
-// many short rounds give steadier medians than a few long ones.
+// server; many short rounds give steadier medians than a few long ones.
 
 #include <benchmark/benchmark.h>
 #include <mysql.h>
