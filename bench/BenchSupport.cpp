@@ -9,6 +9,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "orvmysql/Definitions.h"
+
 namespace orvbench {
 
 namespace {
@@ -156,6 +158,37 @@ void TakeTurns(benchmark::State& state, const std::function<void()>& prepare,
 
 void DirectExecute(MYSQL* db, const std::string& sql) {
   if (mysql_real_query(db, sql.data(), sql.size()) != 0) throw std::runtime_error(mysql_error(db));
+}
+
+int32_t StoreDefinition(orvmysql::CMYSqlDP& handler, const std::string& name) {
+  auto definitions = Source<orvmysql::IOrvDefinitionsDP>(handler, orvmysql::kDsDefinitions);
+  definitions->Add({name,
+                    "benchmark",
+                    1,
+                    orvmysql::Variant(),
+                    orvmysql::Variant(),
+                    "bench",
+                    "",
+                    "u-1",
+                    "user",
+                    "",
+                    "",
+                    1,
+                    1,
+                    1,
+                    false,
+                    0,
+                    1,
+                    0,
+                    0,
+                    1,
+                    1,
+                    0,
+                    "",
+                    ""});
+  auto found = definitions->Load("ORDER BY ProcessDefID DESC LIMIT 1");
+  if (!found->GetNext()) throw std::runtime_error("the definition " + name + " was not stored");
+  return found->CurrentItem()->GetValue("ProcessDefID").ToLong();
 }
 
 }  // namespace orvbench

@@ -104,4 +104,8 @@ void TakeTurns(benchmark::State& state, const std::function<void()>& prepare,
                const std::string& first_name, const std::function<void()>& first,
                const std::string& second_name, const std::function<void()>& second);
 
+// Stores a process definition with the name through the providers; returns
+// its key.
+int32_t StoreDefinition(orvmysql::CMYSqlDP& handler, const std::string& name);
+
 }  // namespace orvbench

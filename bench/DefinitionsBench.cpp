@@ -30,33 +30,7 @@ class Session : public orvbench::CountedSession {
         properties_(Source<orvmysql::IPropertyValueDP>(Handler(), 23)) {}
 
   int32_t Store(const std::string& name) {
-    definitions_->Add({name,
-                       "benchmark",
-                       1,
-                       orvmysql::Variant(),
-                       orvmysql::Variant(),
-                       "bench",
-                       "",
-                       "u-1",
-                       "user",
-                       "",
-                       "",
-                       1,
-                       1,
-                       1,
-                       false,
-                       0,
-                       1,
-                       0,
-                       0,
-                       1,
-                       1,
-                       0,
-                       "",
-                       ""});
-    auto found = definitions_->Load("ORDER BY ProcessDefID DESC LIMIT 1");
-    found->GetNext();
-    const int32_t definition = found->CurrentItem()->GetValue("ProcessDefID").ToLong();
+    const int32_t definition = orvbench::StoreDefinition(Handler(), name);
     for (int a = 0; a < kActivities; ++a) {
       const std::string id = "a" + std::to_string(a);
       activities_->Add(
