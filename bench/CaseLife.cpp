@@ -98,6 +98,10 @@ const std::vector<CaseLife::Step>& CaseLife::Steps() {
       list.push_back({"finish the activity" + which, [a](CaseLife& c, const std::string&,
                                                          CaseKeys& k) { c.FinishActivity(a, k); }});
     }
+    list.push_back({"copy the case data",
+                    [](CaseLife& c, const std::string&, CaseKeys& k) { c.CopyCaseData(k); }});
+    list.push_back({"end the process and clear its log",
+                    [](CaseLife& c, const std::string&, CaseKeys& k) { c.EndProcess(k); }});
     return list;
   }();
   return steps;
@@ -109,7 +113,8 @@ CaseLife::CaseLife(std::shared_ptr<orvmysql::CMYSqlDP> handler, const CaseDefini
       processes_(Source<orvmysql::IProcInstanceDP>(*handler_, orvmysql::kDsProcInstance)),
       values_(Source<orvmysql::IProcInstanceParamsDP>(*handler_, orvmysql::kDsProcInstData)),
       tasks_(Source<orvmysql::IActivityInstanceDP>(*handler_, orvmysql::kDsActivityInstance)),
-      items_(Source<orvmysql::IWorkitemsDP>(*handler_, orvmysql::kDsWorkitems)) {}
+      items_(Source<orvmysql::IWorkitemsDP>(*handler_, orvmysql::kDsWorkitems)),
+      engine_(Source<orvmysql::IOrvEngineDP>(*handler_, orvmysql::kDsEngine)) {}
 
 CaseKeys CaseLife::Run(const std::string& guid) {
   CaseKeys keys;
@@ -202,6 +207,17 @@ void CaseLife::FinishActivity(int activity, const CaseKeys& keys) {
   const int32_t task = keys.tasks[activity];
   tasks_->ChangeAIState(task, kStarted, kClosed, false, "finished");
   tasks_->ChangeAIState(task, kClosed, kCompleted, true, "completed");
+}
+
+void CaseLife::CopyCaseData(const CaseKeys& keys) {
+  // The process instance's values become the case's data (entity type 0).
+  engine_->InsertCaseRelatedData(keys.process, keys.process, 0, 0, "ann", "user", "Ann");
+}
+
+void CaseLife::EndProcess(const CaseKeys& keys) {
+  if (!engine_->EndProcess(keys.process, true)) {
+    throw std::runtime_error("the process instance was not completed");
+  }
 }
 
 }  // namespace orvbench

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "orvmysql/DataHandler.h"
+#include "orvmysql/Engine.h"
 #include "orvmysql/InstanceData.h"
 #include "orvmysql/Runtime.h"
 
@@ -61,6 +62,8 @@ class CaseLife {
   void OfferWorkItems(int activity, CaseKeys& keys);
   void FinishWorkItems(int activity, const CaseKeys& keys);
   void FinishActivity(int activity, const CaseKeys& keys);
+  void CopyCaseData(const CaseKeys& keys);
+  void EndProcess(const CaseKeys& keys);
 
   std::shared_ptr<orvmysql::CMYSqlDP> handler_;
   CaseDefinition definition_;
@@ -68,6 +71,7 @@ class CaseLife {
   std::shared_ptr<orvmysql::IProcInstanceParamsDP> values_;
   std::shared_ptr<orvmysql::IActivityInstanceDP> tasks_;
   std::shared_ptr<orvmysql::IWorkitemsDP> items_;
+  std::shared_ptr<orvmysql::IOrvEngineDP> engine_;
 };
 
 }  // namespace orvbench
