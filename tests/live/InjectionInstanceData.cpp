@@ -33,9 +33,12 @@ FieldArray TaskProperty(const InjectionTargets& t) {
 template <class T>
 void UpdatesOf(std::vector<InjectionPosition>& all, int32_t code, const std::string& provider,
                Base base, const Positions& positions, const std::string& row) {
-  InArray<T>(
-      all, code, provider + "::Update", base, positions,
-      [row](T& p, const InjectionTargets& t, const FieldArray& f) { p.Update(t.more.at(row), f); });
+  InArray<T>(all, code, provider + "::Update", base, positions,
+             [row](T& p, const InjectionTargets& t, const FieldArray& f) {
+               // Without prepared rows (a server refused at connect) any key does.
+               const auto found = t.more.find(row);
+               p.Update(found == t.more.end() ? 1 : found->second, f);
+             });
 }
 
 void InstanceDataPositions(std::vector<InjectionPosition>& all) {

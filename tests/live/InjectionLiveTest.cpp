@@ -20,6 +20,7 @@
 
 #include "live/InjectionPositions.h"
 #include "orvmysql/Error.h"
+#include "support/ScopedEnv.h"
 #include "tools/DevServer.h"
 
 namespace orvtest {
@@ -295,7 +296,10 @@ void Report(const std::string& mode, const Tally& tally) {
   ::testing::Test::RecordProperty(mode + "_changed", tally.changed);
 }
 
+// The replay reads each run's statements once the library's connections have
+// gone; pooled connections would stay, so the pool is off here.
 TEST(InjectionLive, NoPayloadChangesAStatementInDefaultAndNoBackslashEscapesModes) {
+  const orvtest::ScopedEnv no_pool("ORVMYSQL_POOL", "off");
   const auto server = DevServer::AcquirePrivate(kDigestOptions);
   const std::string database = "injection";
   orvmysql::devkit::InstallSchema(server->Address(), database);
@@ -314,6 +318,7 @@ TEST(InjectionLive, NoPayloadChangesAStatementInDefaultAndNoBackslashEscapesMode
 }
 
 TEST(InjectionLive, ServerForcingGbkIsRefusedBeforeAnyStatementOfTheCaller) {
+  const orvtest::ScopedEnv no_pool("ORVMYSQL_POOL", "off");
   std::vector<std::string> options = kDigestOptions;
   options.push_back("--character-set-server=gbk");
   options.push_back("--collation-server=gbk_chinese_ci");
