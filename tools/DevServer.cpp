@@ -166,10 +166,23 @@ void DevServer::StartPrivate(const std::function<void(const std::string&)>& log)
     args.push_back(a);
   }
   args.insert(args.end(), server_options_.begin(), server_options_.end());
-  pid_ = Spawn(args, {}, root / "console.log");
+  run_args_ = std::move(args);
+  Run();
+  if (log) log("private server ready on 127.0.0.1:" + address_.port + " and " + address_.socket);
+}
+
+void DevServer::Run() {
+  const fs::path root(root_dir_);
+  pid_ = Spawn(run_args_, {}, root / "console.log");
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  int status = 0;
   while (!CanConnect(address_)) {
-    if (waitpid(pid_, &status, WNOHANG) == pid_ || std::chrono::steady_clock::now() > deadline) {
+    const bool exited = waitpid(pid_, &status, WNOHANG) == pid_;
+    if (exited || std::chrono::steady_clock::now() > deadline) {
+      if (!exited) {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, &status, 0);
+      }
       pid_ = 0;
       const std::string tail = ReadTail(root / "server.log");
       Stop();
@@ -177,11 +190,42 @@ void DevServer::StartPrivate(const std::function<void(const std::string&)>& log)
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
-  if (log) log("private server ready on 127.0.0.1:" + address_.port + " and " + address_.socket);
+}
+
+void DevServer::RequirePrivate(const char* what) const {
+  if (!IsPrivate()) {
+    throw std::logic_error(std::string(what) + " needs a private server, not ORVMYSQL_SERVER");
+  }
+}
+
+void DevServer::Pause() {
+  RequirePrivate("Pause");
+  if (pid_ > 0) kill(pid_, SIGSTOP);
+}
+
+void DevServer::Resume() {
+  RequirePrivate("Resume");
+  if (pid_ > 0) kill(pid_, SIGCONT);
+}
+
+void DevServer::Kill() {
+  RequirePrivate("Kill");
+  if (pid_ > 0) {
+    kill(pid_, SIGKILL);
+    int status = 0;
+    waitpid(pid_, &status, 0);
+    pid_ = 0;
+  }
+}
+
+void DevServer::Restart() {
+  Kill();
+  Run();
 }
 
 void DevServer::Stop() noexcept {
   if (pid_ > 0) {
+    kill(pid_, SIGCONT);  // a paused server cannot act on SIGTERM
     kill(pid_, SIGTERM);
     int status = 0;
     for (int i = 0; i < 600 && waitpid(pid_, &status, WNOHANG) == 0; ++i) {

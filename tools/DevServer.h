@@ -33,15 +33,29 @@ class DevServer {
   ~DevServer();  // stops a private server and removes its data directory
 
   const ServerAddress& Address() const { return address_; }
-  bool IsPrivate() const { return pid_ > 0; }
+  bool IsPrivate() const { return !run_args_.empty(); }
+
+  // Fault injection on a private server (std::logic_error on an existing one).
+  // Pause freezes the server (SIGSTOP): connections stay open, nothing answers.
+  // Resume lets it run again (SIGCONT).
+  // Kill ends it at once (SIGKILL) and reaps it; the data directory stays.
+  // Restart (after Kill, or killing it first) starts it again on the same data
+  // directory, socket and port and returns once it accepts connections.
+  void Pause();
+  void Resume();
+  void Kill();
+  void Restart();
 
  private:
   DevServer() = default;
   void StartPrivate(const std::function<void(const std::string&)>& log);
+  void Run();  // starts the server with run_args_ and waits until it answers
+  void RequirePrivate(const char* what) const;
   void Stop() noexcept;
 
   ServerAddress address_;
   std::vector<std::string> server_options_;
+  std::vector<std::string> run_args_;  // how the private server is started
   std::string root_dir_;
   int pid_ = 0;
 };
