@@ -3,13 +3,9 @@
 // clients, and one handler called from two threads at once.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <future>
 #include <mutex>
@@ -19,6 +15,7 @@
 #include "access/Connection.h"
 #include "orvmysql/orvmysql.h"
 #include "support/ErrorCapture.h"
+#include "support/PrivateServer.h"
 #include "support/ScopedEnv.h"
 #include "tools/DevServer.h"
 
@@ -26,49 +23,27 @@ using namespace orvmysql;
 
 namespace {
 
-namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
 constexpr const char* kDatabase = "faults";
 
-class FaultsLive : public ::testing::Test {
+class FaultsLive : public orvtest::PrivateServerTest {
  public:
   static void SetUpTestSuite() {
-    const char* mariadbd = std::getenv("ORVMYSQL_MARIADBD");
-    if (!fs::exists(mariadbd != nullptr ? mariadbd : "/usr/sbin/mariadbd")) {
-      skip_reason_ = "no server binaries to start a private server with (mariadb-server-core)";
-      return;
-    }
-    char pattern[] = "/tmp/orvmysql-faults-XXXXXX";
-    if (mkdtemp(pattern) == nullptr) throw std::runtime_error("cannot create a directory");
-    dir_ = pattern;
-    server_ = devkit::DevServer::AcquirePrivate({});
-    devkit::AdminExecute(Address(), std::string("CREATE DATABASE ") + kDatabase);
-    devkit::AdminExecute(Address(), std::string("CREATE TABLE ") + kDatabase +
-                                        ".t (id INT PRIMARY KEY, v INT) ENGINE=InnoDB");
-    devkit::AdminExecute(
-        Address(), std::string("CREATE TABLE ") + kDatabase + ".w (tag VARCHAR(20)) ENGINE=InnoDB");
+    if (!StartServer()) return;
+    const std::string db = kDatabase;
+    devkit::AdminExecute(Address(), "CREATE DATABASE " + db);
     devkit::AdminExecute(Address(),
-                         std::string("INSERT INTO ") + kDatabase + ".t VALUES (1, 0), (2, 0)");
+                         "CREATE TABLE " + db + ".t (id INT PRIMARY KEY, v INT) ENGINE=InnoDB");
+    devkit::AdminExecute(Address(), "CREATE TABLE " + db + ".w (tag VARCHAR(20)) ENGINE=InnoDB");
+    devkit::AdminExecute(Address(), "INSERT INTO " + db + ".t VALUES (1, 0), (2, 0)");
     // Short limits, so that a hung server is given up on in about a second.
-    std::ofstream(dir_ + "/short.cnf")
+    std::ofstream(File("short.cnf"))
         << "[orvmysql]\nconnect-timeout = 1\nread-timeout = 1\nwrite-timeout = 1\n";
-    std::ofstream(dir_ + "/no-retries.cnf") << "[orvmysql]\nlock_retries = 0\n";
-  }
-
-  static void TearDownTestSuite() {
-    server_.reset();
-    std::error_code ec;
-    if (!dir_.empty()) fs::remove_all(dir_, ec);
+    std::ofstream(File("no-retries.cnf")) << "[orvmysql]\nlock_retries = 0\n";
   }
 
  protected:
-  void SetUp() override {
-    if (!skip_reason_.empty()) GTEST_SKIP() << skip_reason_;
-  }
-
-  static const devkit::ServerAddress& Address() { return server_->Address(); }
-
   // A connection over TCP, or over the unix socket.
   static std::shared_ptr<CConnection> Connect(bool over_socket = false) {
     const auto& a = Address();
@@ -77,17 +52,7 @@ class FaultsLive : public ::testing::Test {
                                  : a.Connector(kDatabase));
     return connection;
   }
-
-  static std::string File(const std::string& name) { return dir_ + "/" + name; }
-
-  static std::unique_ptr<devkit::DevServer> server_;
-  static std::string dir_;
-  static std::string skip_reason_;
 };
-
-std::unique_ptr<devkit::DevServer> FaultsLive::server_;
-std::string FaultsLive::dir_;
-std::string FaultsLive::skip_reason_;
 
 struct Outcome {
   Error error{0, "", ""};
@@ -118,11 +83,11 @@ TEST_F(FaultsLive, AHungServerFailsEveryKindOfCallWithinItsTimeLimits) {
   session->StartSession();
   EXPECT_EQ(session->ExecuteScalar("SELECT 1", ""), "1");
 
-  server_->Pause();
-  const Outcome tcp = FailureOf(*server_, [] { Connect()->ExecuteScalar("SELECT 1", ""); });
-  const Outcome socket = FailureOf(*server_, [] { Connect(true)->ExecuteScalar("SELECT 1", ""); });
-  const Outcome in_session = FailureOf(*server_, [&] { session->ExecuteScalar("SELECT 2", ""); });
-  server_->Resume();
+  Server().Pause();
+  const Outcome tcp = FailureOf(Server(), [] { Connect()->ExecuteScalar("SELECT 1", ""); });
+  const Outcome socket = FailureOf(Server(), [] { Connect(true)->ExecuteScalar("SELECT 1", ""); });
+  const Outcome in_session = FailureOf(Server(), [&] { session->ExecuteScalar("SELECT 2", ""); });
+  Server().Resume();
 
   // One second each, with room for a loaded machine: a connect may spend its
   // connect limit and then a read limit on the greeting.
@@ -148,8 +113,8 @@ TEST_F(FaultsLive, AfterARestartTheSessionsNextStatementReconnectsAtTheSameDepth
     for (int i = 0; i < depth; ++i) connection->StartSession();
     const std::string before = connection->ExecuteScalar("SELECT CONNECTION_ID()", "");
 
-    server_->Kill();
-    server_->Restart();
+    Server().Kill();
+    Server().Restart();
     const Error lost = orvtest::Raised([&] { connection->ExecuteScalar("SELECT 1", ""); });
     EXPECT_TRUE(IsConnectionLost(lost.NativeError())) << lost.what();
 
