@@ -3,9 +3,12 @@
 #include <mysql.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstring>
+#include <random>
+#include <thread>
 
 #include "access/ErrorHandling.h"
 #include "access/OptionFiles.h"
@@ -22,7 +25,6 @@ namespace {
 constexpr uint32_t kOptionBits = 18475;
 constexpr uint32_t kOptionFoundRows = 2;    // an UPDATE counts the rows it matched
 constexpr uint32_t kOptionCompress = 2048;  // compressed protocol, for remote servers only
-constexpr unsigned kConnectTimeoutSeconds = 10;
 
 std::string Trimmed(std::string_view text) {
   const auto first = text.find_first_not_of(' ');
@@ -46,17 +48,41 @@ bool IsThisHost(const std::string& server) {
   return gethostname(name, sizeof name - 1) == 0 && server == name;
 }
 
-// Connector/C reads the option files itself when it connects; the time limits
-// it takes only from code were read by the library and are set here.
+// Connector/C reads the option files itself when it connects, after the
+// options set here, so a connect-timeout in the files wins over the default.
+// The read and write time limits it takes only from code were read by the
+// library and are set here.
 void ApplyOptionFiles(MYSQL* db, const detail::OptionFileSettings& settings) {
   if (!settings.file.empty()) mysql_optionsv(db, MYSQL_READ_DEFAULT_FILE, settings.file.c_str());
   mysql_optionsv(db, MYSQL_READ_DEFAULT_GROUP, detail::kOptionGroup);
+  mysql_optionsv(db, MYSQL_OPT_CONNECT_TIMEOUT, &detail::kDefaultConnectTimeout);
   if (settings.read_timeout != 0) {
     mysql_optionsv(db, MYSQL_OPT_READ_TIMEOUT, &settings.read_timeout);
   }
   if (settings.write_timeout != 0) {
     mysql_optionsv(db, MYSQL_OPT_WRITE_TIMEOUT, &settings.write_timeout);
   }
+}
+
+// A statement that ran alone: autocommit on and no transaction left open by
+// an earlier statement. Its deadlock or lock-wait timeout rolled it back whole.
+bool RunsAlone(const MYSQL* db) {
+  return (db->server_status & SERVER_STATUS_AUTOCOMMIT) &&
+         !(db->server_status & SERVER_STATUS_IN_TRANS);
+}
+
+bool IsLockConflict(unsigned native_error) {
+  return native_error == 1213 || native_error == 1205;  // deadlock, lock-wait timeout
+}
+
+// Waits before a statement is sent again after a lock conflict: a random time
+// between half and all of 10 ms x 2^(retry-1) (160 ms at most), so that the
+// statements that collided do not meet again at once.
+void LockBackOff(unsigned retry) {
+  thread_local std::minstd_rand random(std::random_device{}());
+  const int longest_us = 10000 << std::min(retry - 1, 4u);
+  std::uniform_int_distribution<int> pick(longest_us / 2, longest_us);
+  std::this_thread::sleep_for(std::chrono::microseconds(pick(random)));
 }
 
 Error DatabaseError(st_mysql* db) {
@@ -209,6 +235,28 @@ std::string BuildConnectionString(const IDPConnector& connector) {
   return BuildConnectionString(s, s.password);
 }
 
+bool IsConnectionLost(unsigned native_error) {
+  switch (native_error) {
+    case 2006:  // server has gone away
+    case 2013:  // lost connection during query (also a read or write time limit)
+    case 2055:  // lost connection, with the system error
+    case 1053:  // server shutdown in progress
+    case 1927:  // connection was killed
+    case 4031:  // disconnected by the server for inactivity
+      return true;
+    default:
+      return false;
+  }
+}
+
+namespace detail {
+
+void RaiseConnectionInUse() {
+  RaiseError(kMsgConnectionInUse, "CConnection");
+}
+
+}  // namespace detail
+
 std::string MaskedConnectionString(const IConnection& connection) {
   if (const auto* ours = dynamic_cast<const CConnection*>(&connection)) {
     return ours->MaskedConnectionString();
@@ -325,11 +373,7 @@ void CConnection::OpenConn() {
       mysql_optionsv(db_.get(), MYSQL_SET_CHARSET_NAME, "utf8mb4");
       ReadSettings();
       ApplyOptionFiles(db_.get(), *option_files_);
-      // A server on this host answers or refuses at once; only a remote one
-      // can leave a connect hanging, so only there is a time limit needed
-      // (it makes the client connect without blocking, which costs a little).
       const bool local = IsThisHost(s.server);
-      if (!local) mysql_optionsv(db_.get(), MYSQL_OPT_CONNECT_TIMEOUT, &kConnectTimeoutSeconds);
       unsigned long flags = 0;
       if (kOptionBits & kOptionFoundRows) flags |= CLIENT_FOUND_ROWS;
       if ((kOptionBits & kOptionCompress) && !local) flags |= CLIENT_COMPRESS;
@@ -368,7 +412,16 @@ void CConnection::Close() {
   });
 }
 
-void CConnection::CloseQuietly() noexcept {
+void CConnection::CloseAfterFailure() noexcept {
+  if (!db_) return;
+  if (IsConnectionLost(mysql_errno(db_.get()))) {
+    // Never pooled again; a session's next statement connects afresh at the
+    // same depth.
+    db_.reset();
+    session_state_ = false;
+    max_packet_ = 0;  // the server may have restarted with another limit
+    return;
+  }
   session_state_ = true;  // a failed statement may have left anything behind
   if (depth_ == 0) Release();
 }
@@ -378,6 +431,7 @@ bool CConnection::InTransaction() const {
 }
 
 void CConnection::StartSession() {
+  detail::InUseGuard in_use(in_use_);
   if (depth_ == 0) {
     max_packet_ = 0;  // a new session reads the server's limit afresh
     OpenConn();
@@ -387,6 +441,7 @@ void CConnection::StartSession() {
 }
 
 void CConnection::EndSession(const Variant& /*unused*/) {
+  detail::InUseGuard in_use(in_use_);
   if (depth_ >= 2) {
     --depth_;
   } else if (depth_ == 1) {
@@ -395,8 +450,20 @@ void CConnection::EndSession(const Variant& /*unused*/) {
   }
 }
 
+void CConnection::Send(const std::string& sql) {
+  const bool alone = RunsAlone(db_.get());
+  for (unsigned retry = 1;; ++retry) {
+    if (mysql_real_query(db_.get(), sql.data(), sql.size()) == 0) return;
+    if (!alone || retry > option_files_->lock_retries || !IsLockConflict(mysql_errno(db_.get()))) {
+      throw DatabaseError(db_.get());
+    }
+    LockBackOff(retry);
+    ++retries_;
+  }
+}
+
 std::shared_ptr<const Recordset> CConnection::Run(const std::string& sql, int32_t* affected) {
-  if (mysql_real_query(db_.get(), sql.data(), sql.size()) != 0) throw DatabaseError(db_.get());
+  Send(sql);
   std::unique_ptr<MYSQL_RES, ResultCloser> result(mysql_store_result(db_.get()));
   if (!result) {
     if (mysql_field_count(db_.get()) != 0) throw DatabaseError(db_.get());
@@ -414,6 +481,7 @@ template <class Call>
 auto CConnection::Observed(const std::string& sql, Call&& call) {
   if (pool_.enabled && !session_state_ && detail::MayLeaveSessionState(sql)) session_state_ = true;
   int64_t rows = -1;
+  retries_ = 0;
   const auto process = detail::ProcessStatementObserver();
   if (!observer_ && !process) return call(rows);
   const auto start = std::chrono::steady_clock::now();
@@ -422,20 +490,24 @@ auto CConnection::Observed(const std::string& sql, Call&& call) {
     auto result = call(rows);
     event.duration = std::chrono::steady_clock::now() - start;
     event.rows = rows;
+    event.retries = retries_;
     detail::ReportStatement(observer_.get(), process.get(), event);
     return result;
   } catch (const Error& e) {
     event.duration = std::chrono::steady_clock::now() - start;
     event.error = &e;
+    event.retries = retries_;
     detail::ReportStatement(observer_.get(), process.get(), event);
     throw;
   }
 }
 
 // IConnection statements: a failure closes a connection opened only for this
-// statement and reports the statement's text in front of the description.
+// statement, or a session's connection that is lost, and reports the
+// statement's text in front of the description.
 
 std::shared_ptr<IListIterator> CConnection::Execute(const std::string& sql) {
+  detail::InUseGuard in_use(in_use_);
   return Observed(sql, [&](int64_t& rows) {
     return detail::Guard(
         {"CConnection:Execute Function Ln ", false, &sql},
@@ -450,11 +522,12 @@ std::shared_ptr<IListIterator> CConnection::Execute(const std::string& sql) {
           list->Init(std::move(recordset));
           return std::shared_ptr<IListIterator>(std::move(list));
         },
-        [&] { CloseQuietly(); });
+        [&] { CloseAfterFailure(); });
   });
 }
 
 int32_t CConnection::ExecuteNonQuery(const std::string& sql) {
+  detail::InUseGuard in_use(in_use_);
   return Observed(sql, [&](int64_t& rows) {
     return detail::Guard(
         {"CDB:ExecuteNonQuery Ln ", false, &sql},
@@ -468,11 +541,12 @@ int32_t CConnection::ExecuteNonQuery(const std::string& sql) {
           rows = affected;
           return affected;
         },
-        [&] { CloseQuietly(); });
+        [&] { CloseAfterFailure(); });
   });
 }
 
 std::string CConnection::ExecuteScalar(const std::string& sql, const std::string& default_value) {
+  detail::InUseGuard in_use(in_use_);
   return Observed(sql, [&](int64_t& rows) {
     return detail::Guard(
         {"CDB:ExecuteScalar Ln ", false, &sql},
@@ -480,8 +554,7 @@ std::string CConnection::ExecuteScalar(const std::string& sql, const std::string
           detail::MarkLine(__LINE__);
           OpenConn();
           detail::MarkLine(__LINE__);
-          if (mysql_real_query(db_.get(), sql.data(), sql.size()) != 0)
-            throw DatabaseError(db_.get());
+          Send(sql);
           std::unique_ptr<MYSQL_RES, ResultCloser> result(mysql_store_result(db_.get()));
           if (!result && mysql_field_count(db_.get()) != 0) throw DatabaseError(db_.get());
           std::string value = default_value;
@@ -497,11 +570,12 @@ std::string CConnection::ExecuteScalar(const std::string& sql, const std::string
           Close();
           return value;
         },
-        [&] { CloseQuietly(); });
+        [&] { CloseAfterFailure(); });
   });
 }
 
 void CConnection::RequireFits(std::size_t statement_bytes) {
+  detail::InUseGuard in_use(in_use_);
   if (max_packet_ == 0) {
     const std::string packet = ExecuteScalar("SELECT @@max_allowed_packet", "0");
     std::from_chars(packet.data(), packet.data() + packet.size(), max_packet_);

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "access/ConnectionPool.h"
+#include "access/InUse.h"
 #include "access/OptionFiles.h"
 #include "orvmysql/Connection.h"
 #include "orvmysql/Observer.h"
@@ -36,6 +37,14 @@ std::string BuildConnectionString(const ConnectionSettings& settings, std::strin
 // The connection string of the connector, password included.
 std::string BuildConnectionString(const IDPConnector& connector);
 
+// True for the client and server errors after which a connection is gone (the
+// server went away, the connection was lost during a statement or timed out,
+// was killed, or the server shut down): the connection must be closed and a
+// new one opened before the next statement. The failed statement itself is
+// never sent again: when the loss came after it was sent, whether it ran is
+// unknown.
+bool IsConnectionLost(unsigned native_error);
+
 class CConnection final : public IConnection {
  public:
   CConnection();
@@ -43,6 +52,9 @@ class CConnection final : public IConnection {
 
   // Keeps the connector's values and builds the connection string; opens nothing.
   void Init(const IDPConnector& connector);
+
+  // Every call below raises 61442 when another thread is inside a call on
+  // this connection (see access/InUse.h).
 
   // IConnection
   std::string ConnectionString() const override { return connection_string_; }
@@ -79,7 +91,6 @@ class CConnection final : public IConnection {
 
   void OpenConn();
   void Close();
-  void CloseQuietly() noexcept;
   // Reads the option files and the pool settings, once per object.
   void ReadSettings();
   // The library's settings of a new session (SQL mode, autocommit, state
@@ -90,6 +101,15 @@ class CConnection final : public IConnection {
   // Gives the connection back to the pool, reset if statements left session
   // state behind, or closes it.
   void Release() noexcept;
+  // After a failed statement: closes a connection opened for the statement
+  // alone, and a session's connection when it is lost, so that the session's
+  // next statement connects afresh at the same depth.
+  void CloseAfterFailure() noexcept;
+  // Sends a statement on the open connection. One that ran alone in
+  // autocommit and hit a deadlock or lock-wait timeout was rolled back
+  // entirely, so it is sent again, up to lock_retries times, after a random
+  // pause; inside a transaction the error goes to the caller at once.
+  void Send(const std::string& sql);
   // Runs a statement on the open connection; the result, if any, fully read.
   std::shared_ptr<const Recordset> Run(const std::string& sql, int32_t* affected);
   // Runs the call (which sets the row count) and reports it to the observers.
@@ -107,6 +127,8 @@ class CConnection final : public IConnection {
   std::string pool_key_;        // every setting the connection is made with
   bool session_state_ = false;  // statements on db_ left session state behind
   std::shared_ptr<const StatementObserver> observer_;
+  int32_t retries_ = 0;  // of the statement under way, for its observers
+  detail::InUseMark in_use_;
 };
 
 }  // namespace orvmysql

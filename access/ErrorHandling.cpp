@@ -83,6 +83,7 @@ constexpr Message kMessages[] = {
     {40961, "No"},
     {61440, "Connection object is not set or is null"},
     {61441, "Failed to connect to data provider. (Reason: %0)"},
+    {61442, "Connection is in use by another thread; use one data handler per thread."},
 };
 
 void ReplaceAll(std::string& text, std::string_view from, std::string_view to) {

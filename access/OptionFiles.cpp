@@ -107,20 +107,27 @@ class Reader {
       settings_.pool_size = value;
     } else if (key == "pool-idle-timeout") {
       settings_.pool_idle_timeout = value;
+    } else if (key == "lock-retries") {
+      settings_.lock_retries = WholeNumber(key, value, path, number, "");
     }
   }
 
   static unsigned Seconds(const std::string& key, std::string_view value, const fs::path& path,
                           int number) {
-    unsigned seconds = 0;
-    const auto [end, ec] = std::from_chars(value.data(), value.data() + value.size(), seconds);
+    return WholeNumber(key, value, path, number, " of seconds");
+  }
+
+  static unsigned WholeNumber(const std::string& key, std::string_view value, const fs::path& path,
+                              int number, const char* unit) {
+    unsigned result = 0;
+    const auto [end, ec] = std::from_chars(value.data(), value.data() + value.size(), result);
     if (value.empty() || ec != std::errc() || end != value.data() + value.size()) {
       ThrowRuntimeError(kErrInvalidCall, "option file " + path.string() + ", line " +
                                              std::to_string(number) + ": " + key +
-                                             " must be a whole number of seconds, not '" +
+                                             " must be a whole number" + unit + ", not '" +
                                              std::string(value) + "'");
     }
-    return seconds;
+    return result;
   }
 
   OptionFileSettings& settings_;

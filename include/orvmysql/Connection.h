@@ -57,8 +57,19 @@ class ORVMYSQL_EXPORT CDPConnector : public IDPConnector {
 //
 // Connects with the connector's values as they are (a password may hold ";")
 // and the settings of the standard option files (TLS, time limits; see the
-// README, "Connection options"). A connection is used from one thread at a
-// time.
+// README, "Connection options"). No call waits without limit: connects, sends
+// and answers have time limits, 10, 60 and 300 s unless the files set others.
+//
+// A statement that fails because the connection was lost (2006, 2013) raises;
+// the next statement, in the same session at the same depth, connects afresh.
+// The library never sends a failed statement again, except one that ran alone
+// in autocommit and hit a deadlock (1213) or lock-wait timeout (1205): the
+// server rolled it back whole, so it is retried up to 3 times after a short
+// random pause (StatementEvent::retries counts them).
+//
+// A connection is used from one thread at a time; a call made while another
+// thread is inside one raises 61442 (0x8004F002) without touching the
+// connection.
 //
 // Every connect reads back the session's character sets; a server that runs
 // the session in anything but utf8mb4 (one that forces its own, such as gbk)

@@ -40,6 +40,9 @@ inline constexpr int32_t kMsgUnknownAttribute = 8194;
 inline constexpr int32_t kMsgInvalidOperator = 8195;
 inline constexpr int32_t kMsgPrimaryKey = 8196;
 inline constexpr int32_t kMsgConnectFailed = 61441;
+// A handler (its connection) called from a second thread while a call is under
+// way; raised as 0x8004F002 (-2147160062).
+inline constexpr int32_t kMsgConnectionInUse = 61442;
 
 // The one exception type of the library. It carries the error's number, its
 // source (a trail that grows by one line, " => \r\n" + location, for each

@@ -29,6 +29,9 @@ struct StatementEvent {
   // The failure as the caller receives it (a failed connect is a 61441 whose
   // text shows the password masked), null on success.
   const Error* error = nullptr;
+  // How many times the statement was sent again after a deadlock (1213) or a
+  // lock-wait timeout (1205); 0 when the first attempt stood.
+  int32_t retries = 0;
 };
 
 // Called on the thread that ran the statement, after it finished and before
