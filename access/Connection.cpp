@@ -347,6 +347,14 @@ void CConnection::SetUpSession() {
   if (!(db_->server_status & SERVER_STATUS_AUTOCOMMIT) && mysql_autocommit(db_.get(), 1)) {
     throw DatabaseError(db_.get());
   }
+  // READ COMMITTED: a DELETE or UPDATE locks the rows it changes, not the
+  // gaps between index entries, so the tree operations (one transaction each)
+  // and the log clearing do not deadlock with other cases' inserts. Measured
+  // with the case's-life workload: at 2 and 4 threads every run ended in 1213
+  // on an activity-instance INSERT at REPEATABLE READ, none at READ COMMITTED.
+  if (mysql_query(db_.get(), "SET SESSION TRANSACTION ISOLATION LEVEL READ COMMITTED")) {
+    throw DatabaseError(db_.get());
+  }
   // A pooled connection must tell whether statements left session state; a
   // server that cannot is not pooled.
   constexpr unsigned kUnknownVariable = 1193;
