@@ -110,6 +110,13 @@ MYSQL* DirectConnect(const std::string& database) {
     mysql_close(db);
     throw std::runtime_error(message);
   }
+  // The isolation level the library sets for its sessions, so that the
+  // floor's transactions lock what the library's do.
+  if (mysql_query(db, "SET SESSION TRANSACTION ISOLATION LEVEL READ COMMITTED")) {
+    const std::string message = mysql_error(db);
+    mysql_close(db);
+    throw std::runtime_error(message);
+  }
   return db;
 }
 
