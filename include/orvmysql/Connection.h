@@ -46,9 +46,12 @@ class ORVMYSQL_EXPORT CDPConnector : public IDPConnector {
 };
 
 // The session's connection, the only path to the database. Sessions nest: the
-// first StartSession opens the database connection and the matching last
-// EndSession closes it; a statement outside any session opens and closes a
-// connection of its own. Every statement commits by itself, except in the
+// first StartSession takes a database connection and the matching last
+// EndSession gives it up; a statement outside any session uses a connection
+// for itself alone. Connections come from the process's pool of idle ones and
+// go back to it, reset when statements left session state behind (README,
+// "Pooled connections"); with the pool off they are opened and closed.
+// Sessions run at READ COMMITTED. Every statement commits by itself, except in the
 // operations documented as one transaction: they run between START
 // TRANSACTION and COMMIT in a session level of their own, roll back before a
 // failure is raised, run again as a whole after a deadlock (1213), and join a
